@@ -1,0 +1,112 @@
+#include "app/lumetrawindow.h"
+
+#include "dashboard/icons.h"
+#include "sampling/systemqueries.h"
+#include "shell/minispeedwidget.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QSystemTrayIcon>
+#include <QTableWidget>
+#include <QTimer>
+
+using namespace Qt::StringLiterals;
+
+LumetraWindow::LumetraWindow() : queries(makeSystemQueries())
+{
+    setWindowTitle(u"Tovan Network Monitor"_s);
+    setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
+    setMinimumSize(1180, 780);
+    resize(1180, 800);
+
+    loadSettings();
+
+    const QIcon icon = assetIcon(u"tovan-site-icon.svg"_s);
+    if (canBeDrawn(icon))
+        setWindowIcon(icon);
+
+    buildShell();
+    buildTray();
+
+    miniWidget = new MiniSpeedWidget;
+    miniWidget->setRates(traffic.currentDownBytes, traffic.currentUpBytes);
+    if (settings.miniWidgetEnabled) {
+        miniWidget->move(x() + width() - 250, y() + 70);
+        miniWidget->show();
+    }
+
+    // What the interfaces carried before now is no traffic of this session.
+    setBaseline(traffic, readInterfaceTotals(*queries, &interfaces));
+
+    sampleTimer = new QTimer(this);
+    connect(sampleTimer, &QTimer::timeout, this, [this] { tick(); });
+    sampleTimer->start(settings.refreshIntervalMs);
+    paused = settings.pauseOnLaunch;
+
+    // main() shows the window whatever the settings say; this takes it back at once.
+    if (settings.startMinimized)
+        QTimer::singleShot(0, this, [this] { hide(); });
+
+    connect(qApp, &QGuiApplication::commitDataRequest, this, [this] {
+        quitting = true;
+        saveSettings();
+    });
+}
+
+LumetraWindow::~LumetraWindow()
+{
+    // The widgets go after the members: an editor that is still open commits while it is destroyed.
+    for (const QTableWidget *table : {appsTable, rulesTable}) {
+        if (table)
+            table->disconnect(this);
+    }
+}
+
+void LumetraWindow::closeEvent(QCloseEvent *event)
+{
+    if (settings.closeToTray && !quitting) {
+        hide();
+        if (trayIcon) {
+            trayIcon->showMessage(u"Still watching your usage"_s,
+                                  u"Tovan is running in the background."_s,
+                                  QSystemTrayIcon::Information, 2500);
+        }
+        event->ignore();
+        return;
+    }
+    saveSettings();
+    event->accept();
+}
+
+void LumetraWindow::exitProgram()
+{
+    const bool wasHidden = isHidden();
+    quitting = true;
+    close();
+    // The toolkit ends the event loop when the last visible window closes; closing a hidden one
+    // does not count, and the process would live on without a window.
+    if (wasHidden)
+        QCoreApplication::quit();
+}
+
+void LumetraWindow::togglePause()
+{
+    paused = !paused;
+    pauseButton->setText(paused ? u"Resume"_s : u"Pause"_s);
+    pauseButton->setStyleSheet(
+        paused ? u"background:#3b1218; color:#fecdd3; border:1px solid #7f1d1d;"_s : QString());
+    if (trayPauseAction)
+        trayPauseAction->setText(paused ? u"Resume monitoring"_s : u"Pause monitoring"_s);
+    setStatus(paused ? u"Monitoring paused"_s : u"Monitoring resumed"_s);
+}
+
+void LumetraWindow::resetSession()
+{
+    ::resetSession(traffic);
+    setStatus(u"Session counters reset"_s);
+    showToast(u"Session counters reset"_s);
+    refreshDashboard();
+}

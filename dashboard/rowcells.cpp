@@ -1,0 +1,61 @@
+#include "app/lumetrawindow.h"
+
+#include "app/formatting.h"
+
+#include <QTableWidget>
+
+#include <array>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int firstRuleColumn = 4; ///< "DL Limit", "UL Limit", "Block"
+
+/// A limit's text: the default's stands in for a value that was never chosen.
+QString limitText(int kbps, int defaultKbps)
+{
+    return formatLimit(kbps < 1 ? defaultKbps : kbps);
+}
+
+} // namespace
+
+void LumetraWindow::setAppRow(int row, const QString &name, const QString &dlRate,
+                              const QString &ulRate, const QString &priority,
+                              const QString &dlLimit, const QString &ulLimit, const QString &block,
+                              const QString &sockets, bool systemRow)
+{
+    const QString key = name.trimmed();
+    const AppRule rule = rules.value(key);
+    const bool ruled = isRuleTarget(key);
+
+    const std::array texts{
+        name,
+        dlRate,
+        ulRate,
+        ruled ? rule.priority : priority,
+        ruled && rule.dlLimit ? limitText(rule.dlKbps, settings.defaultLimitKbps) : dlLimit,
+        ruled && rule.ulLimit ? limitText(rule.ulKbps, settings.defaultLimitKbps) : ulLimit,
+        ruled && rule.blocked ? u"On"_s : block,
+        sockets,
+    };
+    const std::array checked{rule.dlLimit, rule.ulLimit, rule.blocked};
+
+    for (int column = 0; column < static_cast<int>(texts.size()); ++column) {
+        auto *item = new QTableWidgetItem(texts.at(static_cast<std::size_t>(column)));
+        if (column == 0 && ruled)
+            item->setIcon(appIcon(key));
+        if (systemRow) {
+            item->setBackground(QColor(u"#0ea5e9"_s));
+            item->setForeground(QColor(Qt::white));
+        }
+        if (column > 0)
+            item->setTextAlignment(Qt::AlignCenter);
+        const auto rulePart = static_cast<std::size_t>(column - firstRuleColumn);
+        if (column >= firstRuleColumn && rulePart < checked.size() && !systemRow) {
+            item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+            item->setCheckState(checked.at(rulePart) ? Qt::Checked : Qt::Unchecked);
+        }
+        appsTable->setItem(row, column, item);
+    }
+}

@@ -1,0 +1,79 @@
+# shellcheck shell=bash
+# The Debian packages that ./run and ./test need, one name a line, and how they are installed.
+# Sourced, not run.
+
+# To build the program and to start it on a desktop.
+# shellcheck disable=SC2034 # used by ./run and ./test
+program_packages=(
+    cmake
+    fonts-dejavu-core # has every glyph that the pages show
+    g++
+    libqt6svg6 # the plug-in that draws the images, loaded at run time
+    ninja-build
+    qt6-base-dev
+    qt6-wayland
+)
+
+# To start it on a machine without a display.
+# shellcheck disable=SC2034
+virtual_screen_packages=(
+    imagemagick
+    inotify-tools
+    openbox
+    xdotool
+    xvfb
+)
+
+# To run the tests, which use the virtual screen too.
+# shellcheck disable=SC2034
+test_packages=(
+    clang-format
+    clang-tidy
+    dbus-daemon
+    desktop-file-utils
+    g++-mingw-w64-x86-64 # builds the Windows backend, which Wine runs
+    iproute2
+    libgtest-dev # its sources, for the Windows backend's tests
+    procps
+    shellcheck
+    wine
+    wine64
+)
+
+# Installs those of the named packages that are missing, as root or through sudo.
+install_missing_packages()
+{
+    if ! command -v dpkg-query apt-get >/dev/null; then
+        echo "This is no Debian system: packages are left to you ($*)."
+        return
+    fi
+    local package missing=()
+    for package in "$@"; do
+        # Unknown packages have no line at all; removed ones say "deinstall" or "config-files".
+        if [[ "$(dpkg-query --show --showformat='${db:Status-Status}' "$package" 2>/dev/null)" \
+            != installed ]]; then
+            missing+=("$package")
+        fi
+    done
+    if ((${#missing[@]} == 0)); then
+        return
+    fi
+
+    local as_root=()
+    if ((EUID != 0)); then
+        if sudo --non-interactive true 2>/dev/null; then
+            as_root=(sudo --non-interactive)
+        elif command -v sudo >/dev/null && [[ -t 0 ]]; then
+            as_root=(sudo) # its own question for the password is the only one there can be
+        else
+            echo "Missing, and to be installed by root: ${missing[*]}" >&2
+            return 1
+        fi
+    fi
+    echo "Installing what is missing: ${missing[*]}"
+    local apt=(env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0
+        -o DPkg::Lock::Timeout=300)
+    "${as_root[@]}" "${apt[@]}" update \
+        || echo "The package lists could not be brought up to date: using those there are."
+    "${as_root[@]}" "${apt[@]}" install --yes --no-install-recommends "${missing[@]}" </dev/null
+}

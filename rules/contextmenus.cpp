@@ -1,0 +1,70 @@
+#include "app/lumetrawindow.h"
+
+#include "rules/tablecells.h"
+
+#include <QMenu>
+#include <QTableWidget>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Selects the row at a position of the viewport. Returns its application, an empty text where
+/// there is no row.
+QString selectApplicationAt(QTableWidget &table, QPoint position)
+{
+    // The press of the button has opened an editor in the cell; what an older one holds is
+    // committed.
+    table.setFocus(Qt::MouseFocusReason);
+    const int row = table.rowAt(position.y());
+    if (row < 0)
+        return {};
+    const QuietCurrentCell quiet(table);
+    table.selectRow(row);
+    return applicationInRow(table, row);
+}
+
+} // namespace
+
+void LumetraWindow::showAppsTableMenu(QPoint position)
+{
+    const QString name = selectApplicationAt(*appsTable, position);
+    if (!isRuleTarget(name))
+        return;
+
+    // Ticks go on while the menu is open; the entries act on the application of this moment.
+    QMenu menu(this);
+    addRuleAction(menu, u"Toggle Block"_s, name, u"block"_s);
+    addRuleAction(menu, u"Toggle Download Limit"_s, name, u"dl"_s);
+    addRuleAction(menu, u"Toggle Upload Limit"_s, name, u"ul"_s);
+    menu.addSeparator();
+    addRuleAction(menu, u"High Priority"_s, name, u"high"_s);
+    addRuleAction(menu, u"Normal Priority"_s, name, u"normal"_s);
+    addRuleAction(menu, u"Low Priority"_s, name, u"low"_s);
+    menu.addSeparator();
+    menu.addAction(u"Open Rules Manager"_s, this, [this] { showRulesPage(); });
+    addRuleAction(menu, u"Reset App Rule"_s, name, u"reset"_s);
+    menu.exec(appsTable->viewport()->mapToGlobal(position));
+}
+
+void LumetraWindow::showRulesTableMenu(QPoint position)
+{
+    const QString name = selectApplicationAt(*rulesTable, position);
+    if (!isRuleTarget(name))
+        return;
+
+    QMenu menu(this);
+    addRuleAction(menu, u"Toggle Block"_s, name, u"block"_s);
+    addRuleAction(menu, u"Toggle Download Limit"_s, name, u"dl"_s);
+    addRuleAction(menu, u"Toggle Upload Limit"_s, name, u"ul"_s);
+    menu.addSeparator();
+    addRuleAction(menu, u"High Priority"_s, name, u"high"_s);
+    addRuleAction(menu, u"Reset App Rule"_s, name, u"reset"_s);
+    menu.exec(rulesTable->viewport()->mapToGlobal(position));
+}
+
+void LumetraWindow::addRuleAction(QMenu &menu, const QString &text, const QString &appName,
+                                  const QString &action)
+{
+    menu.addAction(text, this, [this, appName, action] { applyRuleAction(appName, action); });
+}

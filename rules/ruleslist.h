@@ -1,0 +1,28 @@
+#pragma once
+
+#include "rules/apprule.h"
+#include "sampling/appsample.h"
+
+#include <QList>
+#include <QString>
+
+/// What the Rules Manager is asked to show.
+struct RulesFilter
+{
+    QString mode; ///< "All", "Blocked" or "Limited"; any other word shows nothing
+    QString text; ///< part of the name in any letter case; empty for every name
+};
+
+/// One application of the Rules Manager's table.
+struct ListedRule
+{
+    QString name;
+    AppRule rule; ///< the default rule for an application that has none
+    qint32 sockets = 0; ///< of the first sample of this name; 0 when it is not running
+
+    bool operator==(const ListedRule &) const = default;
+};
+
+/// All applications that were sampled or have a rule and pass the filter, by lower-cased name.
+QList<ListedRule> listedRules(const QList<AppSample> &samples, const RuleMap &rules,
+                              const RulesFilter &filter);

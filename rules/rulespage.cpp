@@ -1,0 +1,173 @@
+#include "app/lumetrawindow.h"
+
+#include "rules/celldelegate.h"
+#include "rules/checkboxclicks.h"
+#include "rules/ruleslist.h"
+#include "rules/tablecells.h"
+#include "shell/badge.h"
+#include "shell/slimscrollbar.h"
+
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QScopedValueRollback>
+#include <QTableWidget>
+#include <QVBoxLayout>
+
+#include <array>
+#include <optional>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QLabel *createLabel(const QString &text, const QString &objectName)
+{
+    auto *label = new QLabel(text);
+    label->setObjectName(objectName);
+    return label;
+}
+
+/// Puts the eight cells of one application into a row.
+void setRuleRow(QTableWidget &table, int row, const ListedRule &listed, int defaultLimitKbps)
+{
+    struct Cell
+    {
+        QString text;
+        std::optional<bool> checked; ///< no value for a cell without check box
+    };
+    const AppRule &rule = listed.rule;
+    const auto limitText = [defaultLimitKbps](int kbps) {
+        return QString::number(kbps > 0 ? kbps : defaultLimitKbps);
+    };
+    const std::array cells{
+        Cell{listed.name, {}},
+        Cell{rule.priority, {}},
+        Cell{{}, rule.dlLimit},
+        Cell{{}, rule.ulLimit},
+        Cell{{}, rule.blocked},
+        Cell{limitText(rule.dlKbps), {}},
+        Cell{limitText(rule.ulKbps), {}},
+        Cell{QString::number(listed.sockets), {}},
+    };
+    int column = 0;
+    for (const Cell &cell : cells) {
+        auto *item = new QTableWidgetItem(cell.text);
+        if (cell.checked) {
+            item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
+            item->setCheckState(*cell.checked ? Qt::Checked : Qt::Unchecked);
+        }
+        if (column > 0)
+            item->setTextAlignment(Qt::AlignCenter);
+        table.setItem(row, column++, item);
+    }
+}
+
+} // namespace
+
+QWidget *LumetraWindow::buildRulesPage()
+{
+    auto *page = new QWidget;
+    page->setObjectName("page"_L1);
+    auto *layout = new QVBoxLayout(page);
+    layout->setContentsMargins(28, 22, 28, 24);
+    layout->setSpacing(14);
+
+    auto *header = new QHBoxLayout;
+    auto *titles = new QVBoxLayout;
+    titles->setSpacing(4);
+    titles->addWidget(createLabel(u"Rules Manager"_s, u"title"_s));
+    titles->addWidget(createLabel(u"Control app limits, blocking, and priority from one place."_s,
+                                  u"subtitle"_s));
+    header->addLayout(titles);
+    header->addStretch();
+    header->addWidget(makeBadge(u"Interactive"_s));
+    layout->addLayout(header);
+
+    auto *tools = new QHBoxLayout;
+    auto *search = new QLineEdit;
+    search->setObjectName("search"_L1);
+    search->setPlaceholderText(u"Filter rules..."_s);
+    connect(search, &QLineEdit::textChanged, this, [this](const QString &text) {
+        rulesFilterText = text.trimmed();
+        refreshRulesTable();
+    });
+    tools->addWidget(search, 1);
+    const auto addButton = [tools](const QString &text) {
+        auto *button = new QPushButton(text);
+        button->setObjectName("actionButton"_L1);
+        tools->addWidget(button);
+        return button;
+    };
+    for (const QString &mode : {u"All"_s, u"Blocked"_s, u"Limited"_s}) {
+        connect(addButton(mode), &QPushButton::clicked, this, [this, mode] {
+            rulesFilterMode = mode;
+            refreshRulesTable();
+        });
+    }
+    connect(addButton(u"Clear all rules"_s), &QPushButton::clicked, this,
+            [this] { clearAllRules(); });
+    layout->addLayout(tools);
+
+    buildRulesTable();
+    layout->addWidget(rulesTable, 1);
+    refreshRulesTable();
+    return page;
+}
+
+void LumetraWindow::buildRulesTable()
+{
+    rulesTable = new QTableWidget(0, 8);
+    rulesTable->setHorizontalHeaderLabels({u"Application"_s, u"Priority"_s, u"DL"_s, u"UL"_s,
+                                           u"Block"_s, u"DL KB/s"_s, u"UL KB/s"_s, u"Sockets"_s});
+    rulesTable->verticalHeader()->hide();
+    rulesTable->setAlternatingRowColors(true);
+    rulesTable->setWordWrap(false);
+    rulesTable->setSelectionBehavior(QAbstractItemView::SelectRows);
+    rulesTable->setEditTriggers(QAbstractItemView::AllEditTriggers);
+    rulesTable->setContextMenuPolicy(Qt::CustomContextMenu);
+    rulesTable->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    rulesTable->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    useSlimScrollBars(*rulesTable);
+    rulesCells = new CellDelegate(rulesTable);
+    new CheckBoxClicks(rulesTable);
+
+    connect(rulesTable, &QTableWidget::customContextMenuRequested, this,
+            [this](QPoint position) { showRulesTableMenu(position); });
+    connect(rulesTable, &QTableWidget::itemChanged, this,
+            [this](QTableWidgetItem *item) { rulesTableItemChanged(item); });
+}
+
+void LumetraWindow::refreshRulesTable()
+{
+    if (!rulesTable)
+        return;
+    const QScopedValueRollback filling(fillingRulesTable, true);
+
+    const QList<ListedRule> listed
+        = listedRules(samples, rules, {rulesFilterMode, rulesFilterText});
+    const QString heldName = rulesCells->hold();
+    int heldRow = -1;
+    rulesTable->clearContents();
+    rulesTable->setRowCount(static_cast<int>(std::max<qsizetype>(listed.size(), 1)));
+    {
+        const CellFilling quietly(*rulesTable);
+        if (listed.isEmpty())
+            rulesTable->setItem(0, 0, new QTableWidgetItem(u"No rules or active apps"_s));
+        for (int row = 0; row < listed.size(); ++row) {
+            setRuleRow(*rulesTable, row, listed.at(row), settings.defaultLimitKbps);
+            if (listed.at(row).name == heldName)
+                heldRow = row;
+        }
+    }
+    rulesCells->restore(heldRow);
+}
+
+void LumetraWindow::clearAllRules()
+{
+    rules.clear();
+    refreshDashboard();
+    saveSettings();
+    setStatus(u"All rules cleared"_s);
+}

@@ -1,0 +1,90 @@
+#include "sampling/linux/interfacetable.h"
+
+#include "sampling/linux/netlinksocket.h"
+
+#include <linux/if.h>
+#include <linux/if_arp.h>
+#include <linux/if_link.h>
+#include <linux/rtnetlink.h>
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+/// An interface is up by its operational state, RFC 2863. Drivers that keep none, as tunnels and
+/// virtual links, leave it unknown; their flags tell.
+bool isUp(std::uint8_t operationalState, unsigned flags)
+{
+    if (operationalState == IF_OPER_UP)
+        return true;
+    constexpr unsigned running = IFF_UP | IFF_RUNNING;
+    return operationalState == IF_OPER_UNKNOWN && (flags & running) == running;
+}
+
+/// Attribute text up to its terminating null byte.
+std::string textOf(std::span<const std::byte> value)
+{
+    const auto end = std::ranges::find(value, std::byte{0});
+    std::string text(static_cast<std::size_t>(end - value.begin()), '\0');
+    std::memcpy(text.data(), value.data(), text.size());
+    return text;
+}
+
+std::optional<InterfaceRow> parseLink(const NetlinkMessage &message)
+{
+    ifinfomsg link{};
+    if (message.type != RTM_NEWLINK || message.payload.size() < sizeof link)
+        return std::nullopt;
+    std::memcpy(&link, message.payload.data(), sizeof link);
+
+    InterfaceRow row;
+    row.loopback = link.ifi_type == ARPHRD_LOOPBACK;
+    std::uint8_t operationalState = IF_OPER_UNKNOWN;
+    forEachAttribute(message.payload.subspan(NLMSG_ALIGN(sizeof link)),
+                     [&](std::uint16_t type, std::span<const std::byte> value) {
+                         switch (type) {
+                         case IFLA_IFNAME:
+                             row.description = textOf(value);
+                             break;
+                         case IFLA_IFALIAS:
+                             row.alias = textOf(value);
+                             break;
+                         case IFLA_OPERSTATE:
+                             if (!value.empty())
+                                 operationalState = std::to_integer<std::uint8_t>(value.front());
+                             break;
+                         case IFLA_STATS64: {
+                             // Newer kernels append members; older ones may send fewer.
+                             rtnl_link_stats64 statistics{};
+                             std::memcpy(&statistics, value.data(),
+                                         std::min(value.size(), sizeof statistics));
+                             row.inOctets = statistics.rx_bytes;
+                             row.outOctets = statistics.tx_bytes;
+                             break;
+                         }
+                         default:
+                             break;
+                         }
+                     });
+    row.up = isUp(operationalState, link.ifi_flags);
+    return row;
+}
+
+} // namespace
+
+std::optional<std::vector<InterfaceRow>> dumpInterfaces(NetlinkSocket &socket)
+{
+    ifinfomsg request{};
+    request.ifi_family = AF_UNSPEC;
+    std::vector<InterfaceRow> rows;
+    const bool complete = socket.dump(
+        RTM_GETLINK, std::as_bytes(std::span(&request, 1)), [&] { rows.clear(); },
+        [&](const NetlinkMessage &message) {
+            if (auto row = parseLink(message))
+                rows.push_back(std::move(*row));
+        });
+    if (!complete)
+        return std::nullopt;
+    return rows;
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "sampling/linux/processdirectory.h"
+
+#include <cstdint>
+#include <span>
+#include <unordered_map>
+#include <vector>
+
+/// Numbers of open files, one bit each.
+class DescriptorSet
+{
+public:
+    bool contains(std::uint32_t descriptor) const;
+    void remove(std::uint32_t descriptor);
+    /// Holds exactly `descriptors` afterwards.
+    void assign(std::span<const std::uint32_t> descriptors);
+    /// Octets on the heap.
+    std::size_t heapSize() const { return m_words.capacity() * sizeof(std::uint64_t); }
+
+private:
+    std::vector<std::uint64_t> m_words;
+};
+
+/// A process that owns remembered sockets.
+struct OwnerProcess
+{
+    enum class State : std::uint8_t {
+        Same, ///< nothing is known to have changed
+        Changed, ///< the same process, with another number of open files
+        Gone, ///< ended; its id may be another process's now
+    };
+
+    std::uint32_t pid = 0; ///< 0 in a slot that is free
+    State state = State::Same;
+    bool inUse = false; ///< some remembered socket refers to it
+    std::uint64_t startTime = 0; ///< clock ticks since boot
+    ProcessDirectory::FileSummary files; ///< at the last check
+    DescriptorSet known; ///< descriptors that were looked at and need no second look
+};
+
+/// The processes that own remembered sockets, each at a slot which is its for as long as it is in
+/// use.
+class OwnerProcesses
+{
+public:
+    explicit OwnerProcesses(ProcessDirectory &directory) : m_directory(directory) { }
+
+    OwnerProcess &at(std::uint32_t slot) { return m_slots[slot]; }
+    std::span<OwnerProcess> slots() { return m_slots; }
+    /// The process of this id that has not ended; null when it owns nothing.
+    OwnerProcess *find(std::uint32_t pid);
+    /// Slot of a process, which is taken up when it owned nothing before.
+    std::uint32_t slotOf(std::uint32_t pid);
+
+    /// Asks of every process whether it is still the same and whether its files changed: one system
+    /// call each.
+    void check();
+    /// Gives up the slots of processes that are not in use.
+    void releaseUnused();
+
+    /// Octets on the heap.
+    std::size_t heapSize() const;
+
+private:
+    ProcessDirectory &m_directory;
+    std::vector<OwnerProcess> m_slots;
+    std::unordered_map<std::uint32_t, std::uint32_t> m_slotOf; ///< of processes not gone
+};

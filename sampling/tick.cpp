@@ -1,0 +1,46 @@
+#include "app/lumetrawindow.h"
+
+#include "sampling/systemqueries.h"
+#include "shell/minispeedwidget.h"
+
+#include <algorithm>
+
+using namespace Qt::StringLiterals;
+
+void LumetraWindow::tick()
+{
+    if (paused)
+        return;
+
+    const InterfaceTotals totals = readInterfaceTotals(*queries, &interfaces);
+    samples = takeSnapshot(*queries);
+    detectNewApps();
+
+    const quint64 tickBytes = advance(traffic, totals);
+    updateUsageCounters(usage, tickBytes, QDate::currentDate());
+    if (miniWidget)
+        miniWidget->setRates(traffic.currentDownBytes, traffic.currentUpBytes);
+
+    // The alerts look at the usage just counted, and the save writes it.
+    refreshDashboard();
+    checkUsageAlerts();
+    saveSettings();
+}
+
+void LumetraWindow::detectNewApps()
+{
+    std::set<QString> names;
+    for (const AppSample &sample : std::as_const(samples)) {
+        if (!sample.name.isEmpty())
+            names.insert(sample.name);
+    }
+
+    if (knownAppNamesReady) {
+        const auto isNew = [this](const QString &name) { return !knownAppNames.contains(name); };
+        const auto found = std::ranges::find_if(names, isNew);
+        if (found != names.end())
+            showToast("New network app: "_L1 + *found);
+    }
+    knownAppNames = std::move(names);
+    knownAppNamesReady = true;
+}

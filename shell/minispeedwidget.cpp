@@ -1,0 +1,79 @@
+#include "shell/minispeedwidget.h"
+
+#include "app/formatting.h"
+#include "dashboard/icons.h"
+#include "shell/theme.h"
+#include "shell/windowdrag.h"
+
+#include <QFrame>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QVBoxLayout>
+
+using namespace Qt::StringLiterals;
+
+MiniSpeedWidget::MiniSpeedWidget()
+{
+    setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
+    setAttribute(Qt::WA_TranslucentBackground);
+    setFixedSize(220, 92);
+
+    auto *shell = new QFrame(this);
+    shell->setObjectName("miniShell"_L1);
+    shell->setGeometry(rect());
+    auto *layout = new QVBoxLayout(shell);
+    layout->setContentsMargins(16, 12, 16, 12);
+
+    auto *header = new QHBoxLayout;
+    auto *icon = new QLabel;
+    icon->setFixedSize(24, 24);
+    icon->setPixmap(assetPixmap(u"tovan-site-icon.svg"_s, icon->size(), devicePixelRatioF()));
+    header->addWidget(icon);
+    auto *title = new QLabel(u"Tovan Mini"_s);
+    title->setObjectName("miniTitle"_L1);
+    header->addWidget(title);
+    header->addStretch();
+    layout->addLayout(header);
+
+    downloadLabel = new QLabel;
+    uploadLabel = new QLabel;
+    for (QLabel *label : {downloadLabel, uploadLabel}) {
+        label->setObjectName("miniRate"_L1);
+        layout->addWidget(label);
+    }
+    setRates(0, 0);
+    setStyleSheet(miniStyleSheet());
+}
+
+void MiniSpeedWidget::setRates(quint64 downloadBytes, quint64 uploadBytes)
+{
+    downloadLabel->setText("DL "_L1 + formatRate(downloadBytes));
+    uploadLabel->setText("UL "_L1 + formatRate(uploadBytes));
+}
+
+void MiniSpeedWidget::mousePressEvent(QMouseEvent *event)
+{
+    if (event->button() != Qt::LeftButton) {
+        QWidget::mousePressEvent(event);
+        return;
+    }
+    drag.begin(*this, *event);
+    event->accept();
+}
+
+void MiniSpeedWidget::mouseMoveEvent(QMouseEvent *event)
+{
+    if (!drag.isActive()) {
+        QWidget::mouseMoveEvent(event);
+        return;
+    }
+    drag.moveTo(*this, *event);
+    event->accept();
+}
+
+void MiniSpeedWidget::mouseReleaseEvent(QMouseEvent *event)
+{
+    drag.end();
+    QWidget::mouseReleaseEvent(event);
+}
