@@ -1,0 +1,5 @@
+#!/usr/bin/env bash
+# Fails on every line of ours that clang-format would write differently.
+set -euo pipefail
+find app bench sampling settings rules dashboard shell tests \( -name '*.cpp' -o -name '*.h' \) -print0 \
+    | xargs --null clang-format --dry-run -Werror

@@ -1,0 +1,5 @@
+#!/usr/bin/env bash
+# Fails on what shellcheck finds in our scripts.
+set -euo pipefail
+mapfile -d '' scripts < <(find packaging tests -name '*.sh' -print0)
+shellcheck run test .ci/run "${scripts[@]}"

@@ -1,0 +1,117 @@
+#include "shell/minispeedwidget.h"
+
+#include "tests/support/windowfixture.h"
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QStringList rates(const MiniSpeedWidget &mini)
+{
+    QStringList texts;
+    const auto labels = mini.findChildren<QLabel *>(u"miniRate"_s);
+    for (const QLabel *label : labels)
+        texts.append(label->text());
+    return texts;
+}
+
+void sendMouse(QWidget &widget, QEvent::Type type, QPointF global, Qt::MouseButton button)
+{
+    const bool released = type == QEvent::MouseButtonRelease;
+    QMouseEvent event(type, widget.mapFromGlobal(global), global,
+                      type == QEvent::MouseMove ? Qt::NoButton : button,
+                      released ? Qt::NoButton : Qt::MouseButtons(button), {});
+    QCoreApplication::sendEvent(&widget, &event);
+}
+
+} // namespace
+
+class MiniSpeedWidgetTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void itIsASmallToolWindowThatStaysOnTop()
+    {
+        const MiniSpeedWidget mini;
+        QCOMPARE(mini.size(), QSize(220, 92));
+        QCOMPARE(mini.windowFlags() & Qt::WindowType_Mask, Qt::Tool);
+        QVERIFY(mini.windowFlags().testFlags(Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint));
+        QVERIFY(mini.testAttribute(Qt::WA_TranslucentBackground));
+        QCOMPARE(mini.parent(), nullptr);
+        QCOMPARE(mini.findChild<QFrame *>(u"miniShell"_s)->geometry(), QRect(0, 0, 220, 92));
+        QCOMPARE(mini.findChild<QLabel *>(u"miniTitle"_s)->text(), u"Tovan Mini"_s);
+    }
+
+    void beforeTheFirstTickTheRatesAreZero()
+    {
+        const MiniSpeedWidget mini;
+        QCOMPARE(rates(mini), (QStringList{u"DL 0 B/s"_s, u"UL 0 B/s"_s}));
+    }
+
+    void ratesAreTheBytesOfATick()
+    {
+        MiniSpeedWidget mini;
+        mini.setRates(1536, 5 * 1024 * 1024);
+        QCOMPARE(rates(mini), (QStringList{u"DL 1.5 KB/s"_s, u"UL 5.0 MB/s"_s}));
+    }
+
+    void theLongestRatesFit()
+    {
+        MiniSpeedWidget mini;
+        mini.setRates(1024ULL * 1024 - 1, 1024ULL * 1024 - 1);
+        mini.show();
+        const auto labels = mini.findChildren<QLabel *>();
+        for (const QLabel *label : labels) {
+            QVERIFY(label->width() >= label->sizeHint().width());
+            QVERIFY(label->height() >= label->minimumSizeHint().height());
+        }
+    }
+
+    void theLeftButtonDragsItAlsoOffTheScreen()
+    {
+        MiniSpeedWidget mini;
+        mini.show();
+        mini.move(100, 100);
+        sendMouse(mini, QEvent::MouseButtonPress, {110, 120}, Qt::LeftButton);
+        sendMouse(mini, QEvent::MouseMove, {-290.5, -280.4}, Qt::LeftButton);
+        QCOMPARE(mini.pos(), QPoint(-301, -300));
+        sendMouse(mini, QEvent::MouseButtonRelease, {-290, -280}, Qt::LeftButton);
+        sendMouse(mini, QEvent::MouseMove, {300, 300}, Qt::LeftButton);
+        QCOMPARE(mini.pos(), QPoint(-301, -300));
+    }
+
+    void theRightButtonDoesNothing()
+    {
+        MiniSpeedWidget mini;
+        mini.show();
+        mini.move(100, 100);
+        sendMouse(mini, QEvent::MouseButtonPress, {110, 120}, Qt::RightButton);
+        sendMouse(mini, QEvent::MouseMove, {210, 220}, Qt::RightButton);
+        QCOMPARE(mini.pos(), QPoint(100, 100));
+    }
+
+    void switchedOffAndOnItComesBackWhereItWasDragged()
+    {
+        WindowFixture fixture;
+        fixture.open();
+        QAction *toggle = fixture.menuAction(u"Toggle Mini monitor"_s);
+        toggle->trigger();
+        MiniSpeedWidget *mini = nullptr;
+        const auto topLevels = QApplication::topLevelWidgets();
+        for (QWidget *widget : topLevels) {
+            if (auto *found = dynamic_cast<MiniSpeedWidget *>(widget))
+                mini = found;
+        }
+        QVERIFY(mini && mini->isVisible());
+        mini->move(333, 222);
+        toggle->trigger();
+        QVERIFY(!mini->isVisible());
+        toggle->trigger();
+        QVERIFY(mini->isVisible());
+        QCOMPARE(mini->pos(), QPoint(333, 222));
+    }
+};
+
+TOVAN_TEST_MAIN(MiniSpeedWidgetTest)
+#include "minispeedwidget_test.moc"

@@ -1,0 +1,225 @@
+#include "tests/support/windowfixture.h"
+
+#include "shell/minispeedwidget.h"
+
+#include <QCheckBox>
+#include <QGridLayout>
+#include <QMenuBar>
+#include <QScrollArea>
+#include <QSettings>
+#include <QStyleOptionViewItem>
+#include <QTemporaryDir>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+QTableWidget *tableWithFirstHeader(const QMainWindow &window, const QString &header)
+{
+    const auto tables = window.findChildren<QTableWidget *>();
+    for (QTableWidget *table : tables) {
+        const auto *item = table->horizontalHeaderItem(0);
+        if (item && item->text() == header)
+            return table;
+    }
+    qFatal("no table whose first column is \"%s\"", qPrintable(header));
+}
+
+QAction *findAction(const QList<QAction *> &actions, const QString &text)
+{
+    for (QAction *action : actions) {
+        if (action->text() == text)
+            return action;
+        if (action->menu()) {
+            if (QAction *found = findAction(action->menu()->actions(), text))
+                return found;
+        }
+    }
+    return nullptr;
+}
+
+} // namespace
+
+void prepareTestProcess()
+{
+    static const QTemporaryDir directory;
+    if (!directory.isValid())
+        qFatal("no directory for the settings of the test");
+    qputenv("XDG_CONFIG_HOME", directory.path().toUtf8());
+    QCoreApplication::setApplicationName(u"Tovan Network Monitor"_s);
+    QCoreApplication::setOrganizationName(u"Tovan"_s);
+}
+
+WindowFixture::WindowFixture()
+{
+    QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s).clear();
+    system().reset();
+}
+
+WindowFixture::~WindowFixture()
+{
+    close();
+}
+
+void WindowFixture::open()
+{
+    m_window = std::make_unique<LumetraWindow>();
+    m_window->show();
+    QVERIFY(QTest::qWaitForWindowExposed(m_window.get()));
+}
+
+void WindowFixture::close()
+{
+    m_window.reset();
+    const auto topLevels = QApplication::topLevelWidgets();
+    for (QWidget *widget : topLevels) {
+        if (dynamic_cast<MiniSpeedWidget *>(widget))
+            delete widget;
+    }
+}
+
+void WindowFixture::tick()
+{
+    const auto timers = m_window->findChildren<QTimer *>(Qt::FindDirectChildrenOnly);
+    for (QTimer *timer : timers) {
+        if (timer->isSingleShot() || !timer->isActive())
+            continue;
+        QTimerEvent event(timer->timerId());
+        QCoreApplication::sendEvent(timer, &event);
+        return;
+    }
+    qFatal("the window has no running sampling timer");
+}
+
+QLabel *WindowFixture::labelStarting(const QString &start)
+{
+    const auto labels = m_window->findChildren<QLabel *>();
+    for (QLabel *label : labels) {
+        if (label->text().startsWith(start))
+            return label;
+    }
+    qFatal("no label begins with \"%s\"", qPrintable(start));
+}
+
+QAbstractButton *WindowFixture::quickFilter(const QString &text)
+{
+    const auto buttons = m_window->findChildren<QAbstractButton *>(u"quickFilter"_s);
+    for (QAbstractButton *button : buttons) {
+        if (button->text() == text)
+            return button;
+    }
+    qFatal("no quick filter \"%s\"", qPrintable(text));
+}
+
+QAction *WindowFixture::menuAction(const QString &text)
+{
+    const auto *bar = m_window->findChild<QMenuBar *>();
+    QAction *action = bar ? findAction(bar->actions(), text) : nullptr;
+    if (!action)
+        qFatal("no menu entry \"%s\"", qPrintable(text));
+    return action;
+}
+
+QTableWidget *WindowFixture::appsTable()
+{
+    return tableWithFirstHeader(*m_window, u"Name"_s);
+}
+
+QTableWidget *WindowFixture::rulesTable()
+{
+    return tableWithFirstHeader(*m_window, u"Application"_s);
+}
+
+int WindowFixture::rowOf(const QTableWidget *table, const QString &name)
+{
+    for (int row = 0; row < table->rowCount(); ++row) {
+        const auto *item = table->item(row, 0);
+        if (item && item->text().trimmed() == name)
+            return row;
+    }
+    return -1;
+}
+
+QStringList WindowFixture::rowTexts(const QTableWidget *table, int row)
+{
+    QStringList texts;
+    for (int column = 0; column < table->columnCount(); ++column) {
+        const auto *item = table->item(row, column);
+        texts.append(item ? item->text() : QString());
+    }
+    return texts;
+}
+
+void WindowFixture::click(QWidget *widget)
+{
+    // A check box does not react beside its text, where a wide one has its middle.
+    const bool isCheckBox = qobject_cast<QCheckBox *>(widget) != nullptr;
+    QTest::mouseClick(widget, Qt::LeftButton, {},
+                      isCheckBox ? QPoint(8, widget->height() / 2) : QPoint());
+}
+
+void WindowFixture::clickCheckBox(QTableWidget *table, int row, int column)
+{
+    QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, checkBoxCentre(table, row, column));
+}
+
+QPoint WindowFixture::checkBoxCentre(const QTableWidget *table, int row, int column)
+{
+    const QModelIndex index = table->model()->index(row, column);
+    QStyleOptionViewItem option;
+    option.initFrom(table);
+    option.widget = table;
+    option.rect = table->visualRect(index);
+    option.features = QStyleOptionViewItem::HasCheckIndicator;
+    option.text = index.data().toString();
+    if (!option.text.isEmpty())
+        option.features |= QStyleOptionViewItem::HasDisplay;
+    option.displayAlignment = Qt::AlignCenter;
+    return table->style()
+        ->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, table)
+        .center();
+}
+
+QString WindowFixture::storePath()
+{
+    return QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s).fileName();
+}
+
+void WindowFixture::store(const QString &key, const QVariant &value)
+{
+    QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s).setValue(key, value);
+}
+
+QVariant WindowFixture::stored(const QString &key)
+{
+    return QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s).value(key);
+}
+
+QString WindowFixture::toast()
+{
+    const auto *frame = find<QFrame>("toast");
+    return frame->isHidden() ? QString() : find<QLabel>("toastText")->text();
+}
+
+QWidget *WindowFixture::settingControl(const QString &label)
+{
+    const auto *page = find<QScrollArea>("settingsScroll");
+    const auto boxes = page->findChildren<QCheckBox *>();
+    for (QCheckBox *box : boxes) {
+        if (box->text() == label)
+            return box;
+    }
+    const auto labels = page->findChildren<QLabel *>(u"metricLabel"_s);
+    for (QLabel *candidate : labels) {
+        if (candidate->text() != label)
+            continue;
+        const auto *grid = qobject_cast<QGridLayout *>(candidate->parentWidget()->layout());
+        int row = 0;
+        int column = 0;
+        int rowSpan = 0;
+        int columnSpan = 0;
+        grid->getItemPosition(grid->indexOf(candidate), &row, &column, &rowSpan, &columnSpan);
+        return grid->itemAtPosition(row, 1)->widget();
+    }
+    return nullptr;
+}
