@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QJsonArray>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+/// Measured values of one figure, in the order in which they were taken.
+struct Sample
+{
+    QList<double> values;
+
+    double median() const { return quantile(0.5); }
+    double quantile(double share) const;
+};
+
+/// Each value of `sample` through the value of `reference` that was taken beside it.
+Sample ratios(const Sample &sample, const Sample &reference);
+
+/// One table of figures: printed for people, written as JSON for programs.
+class Report
+{
+public:
+    /// A figure with its spread: the middle half of the values.
+    void add(const QString &load, const QString &figure, const Sample &sample, const QString &unit);
+    /// A figure that is held against a bar; `atMost` tells on which side it has to be.
+    void addAgainst(const QString &load, const QString &figure, const Sample &sample, double bar,
+                    bool atMost = true);
+
+    /// Prints what was added since the last call.
+    void print();
+    /// Writes all rows to the file; false when it cannot be written.
+    bool write(const QString &path) const;
+    bool allMet() const { return m_allMet; }
+
+private:
+    void addRow(const QString &load, const QString &figure, const Sample &sample,
+                const QString &unit, std::optional<double> bar, bool atMost);
+
+    QJsonArray m_rows;
+    qsizetype m_printed = 0;
+    bool m_allMet = true;
+};
