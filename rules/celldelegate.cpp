@@ -3,9 +3,11 @@
 #include "rules/tablecells.h"
 #include "shell/checkindicator.h"
 
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QTableWidget>
+#include <QToolTip>
 
 #include <utility>
 
@@ -121,6 +123,11 @@ void CellDelegate::select(const Held &state)
 
 QSize CellDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
 {
+    return measure(option, index).boundedTo(QSize(widestClaim, QWIDGETSIZE_MAX));
+}
+
+QSize CellDelegate::measure(const QStyleOptionViewItem &option, const QModelIndex &index) const
+{
     constexpr qsizetype mostRemembered = 4096;
     if (measuredFont != option.font || measured.size() >= mostRemembered) {
         measured.clear();
@@ -200,6 +207,21 @@ void CellDelegate::destroyEditor(QWidget *editor, const QModelIndex &index) cons
     if (std::exchange(committing, false))
         QStyledItemDelegate::setModelData(editor, table->model(), index);
     QStyledItemDelegate::destroyEditor(editor, index);
+}
+
+bool CellDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
+                             const QStyleOptionViewItem &option, const QModelIndex &index)
+{
+    if (event->type() != QEvent::ToolTip || !index.isValid()
+        || measure(option, index).width() <= option.rect.width())
+        return QStyledItemDelegate::helpEvent(event, view, option, index);
+
+    constexpr qsizetype longestTip = 500; // characters
+    const QString text = index.data().toString().trimmed().left(longestTip);
+    // As rich text it is wrapped; its own mark-up is none.
+    QToolTip::showText(event->globalPos(), u"<p>"_s + text.toHtmlEscaped() + u"</p>"_s,
+                       view->viewport(), option.rect);
+    return true;
 }
 
 void CellDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const

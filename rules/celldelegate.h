@@ -31,7 +31,8 @@ public:
     void restore(int row);
 
     /// Remembers what it measured: a table that is rebuilt every second asks for the same few texts
-    /// again and again.
+    /// again and again. A text claims no more than `widestClaim` pixels, whatever was typed: a
+    /// column as wide as it would push the others out of sight.
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override;
     QString displayText(const QVariant &value, const QLocale &locale) const override;
     QWidget *createEditor(QWidget *parent, const QStyleOptionViewItem &option,
@@ -42,11 +43,14 @@ public:
     void setModelData(QWidget *editor, QAbstractItemModel *model,
                       const QModelIndex &index) const override;
     void destroyEditor(QWidget *editor, const QModelIndex &index) const override;
+    /// Shows a text that its cell cuts off as a tool tip.
+    bool helpEvent(QHelpEvent *event, QAbstractItemView *view, const QStyleOptionViewItem &option,
+                   const QModelIndex &index) override;
+
+    static constexpr int widestClaim = 240;
 
 protected:
     bool eventFilter(QObject *object, QEvent *event) override;
-
-protected:
     void initStyleOption(QStyleOptionViewItem *option, const QModelIndex &index) const override;
 
 private:
@@ -61,6 +65,7 @@ private:
         QPointer<QWidget> focusElsewhere; ///< who has the window's focus if not the editor
     };
 
+    QSize measure(const QStyleOptionViewItem &option, const QModelIndex &index) const;
     void reopen(const Held &state, QTableWidgetItem *item);
     static void select(const Held &state);
 
