@@ -93,3 +93,11 @@ QLabel#miniRate { color: #80f8ff; font-size: 15px; font-weight: 700; }
 )css");
     // clang-format on
 }
+
+QPalette toolTipPalette()
+{
+    QPalette palette;
+    palette.setColor(QPalette::ToolTipBase, QColor(0x10, 0x1a, 0x33));
+    palette.setColor(QPalette::ToolTipText, QColor(0xf4, 0xf7, 0xff));
+    return palette;
+}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QPalette>
 #include <QString>
 
 /// Style sheet of the main window: dark and flat, keyed on object names. Constant for the whole
@@ -8,3 +9,6 @@ QString mainStyleSheet();
 
 /// Style sheet of the mini monitor.
 QString miniStyleSheet();
+
+/// Colours of tool tips, which no sheet reaches: those of a toast.
+QPalette toolTipPalette();

@@ -9,6 +9,7 @@
 #include <QMouseEvent>
 #include <QPushButton>
 #include <QStackedWidget>
+#include <QToolTip>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -73,6 +74,7 @@ void LumetraWindow::buildShell()
 
     setCentralWidget(root);
     setStyleSheet(mainStyleSheet());
+    QToolTip::setPalette(toolTipPalette());
 }
 
 QFrame *LumetraWindow::buildTitleBar()

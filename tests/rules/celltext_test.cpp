@@ -65,6 +65,9 @@ private Q_SLOTS:
         askForTip(fixture->appsTable(), WindowFixture::rowOf(fixture->appsTable(), name), 0);
         QVERIFY(QToolTip::isVisible());
         QCOMPARE(QTextDocumentFragment::fromHtml(QToolTip::text()).toPlainText(), name);
+        const QPalette colours = QToolTip::palette();
+        QVERIFY(colours.color(QPalette::ToolTipBase).lightness() < 64);
+        QVERIFY(colours.color(QPalette::ToolTipText).lightness() > 192);
     }
 
     void markUpInACutNameIsText()
