@@ -1,40 +1,17 @@
-#include "tests/support/celleditor.h"
-#include "tests/support/windowfixture.h"
+#include "tests/rules/rulespagefixture.h"
 
 #include <QPushButton>
 
-#include <memory>
-
 using namespace Qt::StringLiterals;
 
-namespace {
-
-enum Column { Application, Priority, Dl, Ul, Block, DlKbps, UlKbps, Sockets };
-
-} // namespace
-
-/// The Rules Manager's cells, edited by keys and clicks while the program ticks.
-class RulesEditingTest : public QObject
+/// Cells of the Rules Manager that are edited and clicked while the program ticks.
+class RulesEditingTest : public QObject, private RulesPageFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        // What the toolkit says when it loses track of an editor or an index.
-        QTest::failOnWarning(QRegularExpression(u"^edit: |^Q(Abstract|Table|Line|Model)"_s));
-        fixture = std::make_unique<WindowFixture>();
-        for (quint32 pid = 1; pid <= 5; ++pid)
-            fixture->system().addProcess(pid, u"app%1"_s.arg(pid), 1);
-        fixture->open();
-        fixture->tick();
-        WindowFixture::click(fixture->button(u"\u2263    Rules"_s));
-        table = fixture->rulesTable();
-        QVERIFY(QTest::qWaitForWindowActive(&fixture->window()));
-        QCOMPARE(table->rowCount(), 5);
-    }
-
-    void cleanup() { fixture.reset(); }
+    void init() { prepare(); }
+    void cleanup() { clear(); }
 
     void aLimitTypedOneKeyPerTickIsWhatWasTyped()
     {
@@ -205,136 +182,6 @@ private Q_SLOTS:
         QVERIFY(openEditor(table));
     }
 
-    void escapeLeavesTheRuleAsItIs()
-    {
-        retype(clickIntoCell(table, 1, DlKbps), u"77"_s);
-        fixture->tick();
-        QTest::keyClick(openEditor(table), Qt::Key_Escape);
-        QVERIFY(!openEditor(table));
-        QCOMPARE(cell(u"app2"_s, DlKbps), u"5"_s);
-        QCOMPARE(table->currentRow(), 1);
-        QVERIFY(table->hasFocus());
-    }
-
-    void enterLeavesTheCellCurrentAndTheTableFocused()
-    {
-        retype(clickIntoCell(table, 1, DlKbps), u"77"_s);
-        fixture->tick();
-        QTest::keyClick(openEditor(table), Qt::Key_Enter);
-        QTRY_COMPARE(cell(u"app2"_s, DlKbps), u"77"_s);
-        QCOMPARE(table->currentRow(), 1);
-        QCOMPARE(table->currentColumn(), int(DlKbps));
-        QVERIFY(!openEditor(table));
-        QVERIFY(table->hasFocus());
-        // And the arrow goes on from there.
-        QTest::keyClick(table, Qt::Key_Down);
-        QCOMPARE(table->currentRow(), 2);
-        QCOMPARE(openEditor(table)->text(), u"5"_s);
-    }
-
-    void tabEditsTheNextCellAfterACommit()
-    {
-        retype(clickIntoCell(table, 1, DlKbps), u"77"_s);
-        QTest::keyClick(openEditor(table), Qt::Key_Tab);
-        QCOMPARE(cell(u"app2"_s, DlKbps), u"77"_s);
-        QCOMPARE(table->currentRow(), 1);
-        QCOMPARE(table->currentColumn(), int(UlKbps));
-        QVERIFY(openEditor(table) && openEditor(table)->hasFocus());
-        retype(openEditor(table), u"88"_s);
-        fixture->tick();
-        QTest::keyClick(openEditor(table), Qt::Key_Tab);
-        QCOMPARE(cell(u"app2"_s, UlKbps), u"88"_s);
-        QCOMPARE(table->currentColumn(), int(Sockets));
-    }
-
-    void tabGoesOnInTheNextRow()
-    {
-        retype(clickIntoCell(table, 1, Sockets), u"9"_s);
-        QTest::keyClick(openEditor(table), Qt::Key_Tab);
-        QCOMPARE(table->currentRow(), 2);
-        QCOMPARE(table->currentColumn(), int(Application));
-        QVERIFY(openEditor(table));
-    }
-
-    void shiftTabEditsThePreviousCellAfterACommit()
-    {
-        retype(clickIntoCell(table, 1, UlKbps), u"77"_s);
-        fixture->tick();
-        QTest::keyClick(openEditor(table), Qt::Key_Backtab, Qt::ShiftModifier);
-        QCOMPARE(cell(u"app2"_s, UlKbps), u"77"_s);
-        QCOMPARE(table->currentColumn(), int(DlKbps));
-        QVERIFY(openEditor(table) && openEditor(table)->hasFocus());
-    }
-
-    void tabWithoutAChangeEditsTheNextCell()
-    {
-        clickIntoCell(table, 1, DlKbps);
-        fixture->tick();
-        QTest::keyClick(openEditor(table), Qt::Key_Tab);
-        QCOMPARE(table->currentColumn(), int(UlKbps));
-        QVERIFY(openEditor(table));
-    }
-
-    void anArrowKeyCommitsAndEditsTheNextRow()
-    {
-        retype(clickIntoCell(table, 1, DlKbps), u"77"_s);
-        QTest::keyClick(openEditor(table), Qt::Key_Down);
-        QCOMPARE(cell(u"app2"_s, DlKbps), u"77"_s);
-        QCOMPARE(table->currentRow(), 2);
-        QVERIFY(openEditor(table) && openEditor(table)->hasFocus());
-        QCOMPARE(openEditor(table)->text(), u"5"_s);
-        QVERIFY(table->visualItemRect(table->item(2, DlKbps))
-                    .contains(openEditor(table)->geometry().center()));
-        QTest::keyClick(openEditor(table), Qt::Key_Up);
-        QCOMPARE(table->currentRow(), 1);
-        QCOMPARE(openEditor(table)->text(), u"77"_s);
-    }
-
-    void theLastRowIsReachedFromAnEditor()
-    {
-        retype(clickIntoCell(table, 1, DlKbps), u"77"_s);
-        QTest::keyClick(openEditor(table), Qt::Key_PageDown);
-        QCOMPARE(cell(u"app2"_s, DlKbps), u"77"_s);
-        QCOMPARE(table->currentRow(), 4);
-        retype(openEditor(table), u"78"_s);
-        QTest::keyClick(openEditor(table), Qt::Key_Home, Qt::ControlModifier);
-        QCOMPARE(cell(u"app5"_s, DlKbps), u"78"_s);
-        QCOMPARE(table->currentRow(), 0);
-        // Without a modifier the key is the editor's own.
-        QTest::keyClick(openEditor(table), Qt::Key_Home);
-        QCOMPARE(table->currentRow(), 0);
-        QVERIFY(openEditor(table));
-    }
-
-    void aClickIntoAnotherCellCommits()
-    {
-        retype(clickIntoCell(table, 1, DlKbps), u"77"_s);
-        fixture->tick();
-        QLineEdit *editor = clickIntoCell(table, 3, UlKbps);
-        QCOMPARE(cell(u"app2"_s, DlKbps), u"77"_s);
-        QVERIFY(editor && editor->hasFocus());
-        QCOMPARE(table->currentRow(), 3);
-        QCOMPARE(table->currentColumn(), int(UlKbps));
-    }
-
-    void aClickOutsideTheTableCommits()
-    {
-        retype(clickIntoCell(table, 1, DlKbps), u"77"_s);
-        fixture->tick();
-        WindowFixture::click(fixture->button(u"Clear all rules"_s)
-                                 ->parentWidget()
-                                 ->findChild<QLineEdit *>(u"search"_s));
-        QVERIFY(!openEditor(table));
-    }
-
-    void turningToAnotherPageCommits()
-    {
-        retype(clickIntoCell(table, 1, DlKbps), u"77"_s);
-        fixture->tick();
-        fixture->menuAction(u"Dashboard"_s)->trigger();
-        QCOMPARE(cell(u"app2"_s, DlKbps), u"77"_s);
-    }
-
     void aCheckBoxPressedAcrossATickTakesEffect()
     {
         QTableWidget *viewed = table;
@@ -355,41 +202,6 @@ private Q_SLOTS:
         QCOMPARE(cell(u"app2"_s, DlKbps), u"77"_s);
         QCOMPARE(checked(Dl), QStringList({u"app2"_s}));
         QVERIFY(!openEditor(table));
-    }
-
-    void theKeyboardGoesThroughTheCheckBoxes()
-    {
-        retype(clickIntoCell(table, 1, Priority), u"Low"_s);
-        QTest::keyClick(openEditor(table), Qt::Key_Tab);
-        QCOMPARE(table->currentColumn(), int(Dl));
-        QVERIFY(!openEditor(table));
-        QVERIFY(table->hasFocus());
-        fixture->system().addProcess(9, u"aaa"_s, 1);
-        fixture->tick();
-        QTest::keyClick(table, Qt::Key_Space);
-        QCOMPARE(checked(Dl), QStringList({u"app2"_s}));
-        fixture->tick();
-        QVERIFY(table->selectionModel()->selectedIndexes().isEmpty());
-        QTest::keyClick(table, Qt::Key_Tab);
-        QTest::keyClick(table, Qt::Key_Tab);
-        QTest::keyClick(table, Qt::Key_Space);
-        QCOMPARE(checked(Block), QStringList({u"app2"_s}));
-        QTest::keyClick(table, Qt::Key_Tab);
-        QCOMPARE(table->currentColumn(), int(DlKbps));
-        QVERIFY(openEditor(table) && openEditor(table)->hasFocus());
-        QTest::keyClick(openEditor(table), Qt::Key_Backtab, Qt::ShiftModifier);
-        QCOMPARE(table->currentColumn(), int(Block));
-        QVERIFY(table->hasFocus());
-    }
-
-    void theSpaceBarTogglesTheCurrentBoxAgainAndAgain()
-    {
-        clickCheckBox(u"app3"_s, Ul);
-        QCOMPARE(checked(Ul), QStringList({u"app3"_s}));
-        QTest::keyClick(table, Qt::Key_Space);
-        QCOMPARE(checked(Ul), QStringList());
-        QTest::keyClick(table, Qt::Key_Space);
-        QCOMPARE(checked(Ul), QStringList({u"app3"_s}));
     }
 
     void aChangeOfAnotherCellKeepsTheOpenEditor()
@@ -443,102 +255,7 @@ private Q_SLOTS:
         QCOMPARE(openEditor(table)->text(), u"77"_s);
     }
 
-    void aNewNameInTheApplicationColumnMakesARule()
-    {
-        retype(clickIntoCell(table, 1, Application), u"aaa"_s);
-        QTest::keyClick(openEditor(table), Qt::Key_Return);
-        QTRY_COMPARE(table->rowCount(), 6);
-        QCOMPARE(WindowFixture::rowTexts(table, 0),
-                 QStringList({u"aaa"_s, u"Normal"_s, QString(), QString(), QString(), u"5"_s,
-                              u"5"_s, u"0"_s}));
-        QCOMPARE(WindowFixture::rowOf(table, u"app2"_s), 2);
-    }
-
-    void aNameThatIsNoRuleTargetMakesNoRule()
-    {
-        retype(clickIntoCell(table, 1, Application), u"This PC"_s);
-        QTest::keyClick(openEditor(table), Qt::Key_Return);
-        QTRY_COMPARE(table->item(1, Application)->text(), u"This PC"_s);
-        fixture->tick();
-        QCOMPARE(table->rowCount(), 5);
-        QCOMPARE(WindowFixture::rowOf(table, u"This PC"_s), -1);
-    }
-
-    void limitsAreReadLenientlyAndClamped_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("letters") << u"fast"_s << u"1"_s;
-        QTest::newRow("above") << u"100001"_s << u"100000"_s;
-        QTest::newRow("zero") << u"0"_s << u"1"_s;
-        QTest::newRow("empty") << u""_s << u"1"_s;
-        QTest::newRow("too large for its type") << u"99999999999"_s << u"1"_s;
-    }
-
-    void limitsAreReadLenientlyAndClamped()
-    {
-        QFETCH(QString, typed);
-        QFETCH(QString, shown);
-        QLineEdit *editor = clickIntoCell(table, 1, UlKbps);
-        retype(editor, typed);
-        if (typed.isEmpty())
-            QTest::keyClick(editor, Qt::Key_Backspace);
-        QTest::keyClick(editor, Qt::Key_Return);
-        QTRY_COMPARE(cell(u"app2"_s, UlKbps), shown);
-    }
-
-    void anEmptyPriorityIsNormalAndAnyWordIsKept()
-    {
-        retype(clickIntoCell(table, 1, Priority), u"  <b>urgent</b> %1 "_s);
-        QTest::keyClick(openEditor(table), Qt::Key_Return);
-        QTRY_COMPARE(cell(u"app2"_s, Priority), u"<b>urgent</b> %1"_s);
-        retype(clickIntoCell(table, 1, Priority), u"   "_s);
-        QTest::keyClick(openEditor(table), Qt::Key_Return);
-        QTRY_COMPARE(cell(u"app2"_s, Priority), u"Normal"_s);
-    }
-
-    void switchingALimitOnFillsItsValueWithTheDefault()
-    {
-        // The shown default is no value of the rule's own until then.
-        QVERIFY(!storedRules().contains(u"app2"_s));
-        clickCheckBox(u"app2"_s, Dl);
-        QCOMPARE(storedRules().value(u"app2"_s).toMap().value(u"dlKbps"_s).toInt(), 5);
-        QCOMPARE(storedRules().value(u"app2"_s).toMap().value(u"ulKbps"_s).toInt(), 0);
-        clickCheckBox(u"app2"_s, Block);
-        QVERIFY(storedRules().value(u"app2"_s).toMap().value(u"blocked"_s).toBool());
-    }
-
-    void anEditSetsNeitherToastNorStatus()
-    {
-        const QString status = fixture->labelStarting(u"Applications: "_s)->text();
-        auto *toast = fixture->find<QFrame>("toast");
-        toast->hide();
-        clickCheckBox(u"app2"_s, Dl);
-        QVERIFY(toast->isHidden());
-        QCOMPARE(fixture->labelStarting(u"Applications: "_s)->text(), status);
-    }
-
 private:
-    QString cell(const QString &application, int column) const
-    {
-        return table->item(WindowFixture::rowOf(table, application), column)->text();
-    }
-
-    QStringList checked(int column) const
-    {
-        QStringList applications;
-        for (int row = 0; row < table->rowCount(); ++row) {
-            if (table->item(row, column)->checkState() == Qt::Checked)
-                applications.append(table->item(row, Application)->text());
-        }
-        return applications;
-    }
-
-    void clickCheckBox(const QString &application, int column)
-    {
-        WindowFixture::clickCheckBox(table, WindowFixture::rowOf(table, application), column);
-    }
-
     QAbstractButton *limitedButton()
     {
         const auto buttons = table->parentWidget()->findChildren<QPushButton *>();
@@ -556,26 +273,6 @@ private:
             widths.append(table->columnWidth(column));
         return widths;
     }
-
-    /// Stored rules by application, each with its fields by key.
-    static QVariantMap storedRules()
-    {
-        QSettings store(u"Tovan"_s, u"Tovan Network Monitor"_s);
-        QVariantMap rules;
-        const int count = store.beginReadArray(u"rules"_s);
-        for (int i = 0; i < count; ++i) {
-            store.setArrayIndex(i);
-            QVariantMap fields;
-            const auto keys = store.childKeys();
-            for (const QString &key : keys)
-                fields.insert(key, store.value(key));
-            rules.insert(fields.value(u"app"_s).toString(), fields);
-        }
-        return rules;
-    }
-
-    std::unique_ptr<WindowFixture> fixture;
-    QTableWidget *table = nullptr;
 };
 
 TOVAN_TEST_MAIN(RulesEditingTest)
