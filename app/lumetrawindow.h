@@ -149,6 +149,8 @@ private:
     /// Menus of the two tables; `position` in the table's viewport.
     void showAppsTableMenu(QPoint position);
     void showRulesTableMenu(QPoint position);
+    /// Adds the three toggles that both menus begin with, and a separator.
+    void addRuleToggles(QMenu &menu, const QString &appName);
     /// Adds an entry that applies `action` to the application.
     void addRuleAction(QMenu &menu, const QString &text, const QString &appName,
                        const QString &action);

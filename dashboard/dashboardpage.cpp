@@ -6,6 +6,7 @@
 #include "rules/checkboxclicks.h"
 #include "settings/profiles.h"
 #include "shell/darkcombobox.h"
+#include "shell/namedwidgets.h"
 #include "shell/slimscrollbar.h"
 
 #include <QAction>
@@ -28,19 +29,10 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QPushButton *createActionButton(const QString &text)
-{
-    auto *button = new QPushButton(text);
-    button->setObjectName("actionButton"_L1);
-    return button;
-}
-
-/// A label that shows texts from outside: to the letter, and cut rather than widening the page.
+/// A label that is cut rather than widening the page.
 QLabel *createLabel(const QString &text, const QString &objectName = u"classicText"_s)
 {
-    auto *label = new QLabel(text);
-    label->setObjectName(objectName);
-    label->setTextFormat(Qt::PlainText);
+    QLabel *label = makeLabel(text, objectName);
     label->setMinimumWidth(1);
     return label;
 }
@@ -125,10 +117,10 @@ QFrame *LumetraWindow::buildTopBar()
     });
     layout->addWidget(profileCombo);
 
-    pauseButton = createActionButton(u"Pause"_s);
+    pauseButton = makeActionButton(u"Pause"_s);
     connect(pauseButton, &QPushButton::clicked, this, [this] { togglePause(); });
     layout->addWidget(pauseButton);
-    QPushButton *resetButton = createActionButton(u"Reset session"_s);
+    QPushButton *resetButton = makeActionButton(u"Reset session"_s);
     connect(resetButton, &QPushButton::clicked, this, [this] { resetSession(); });
     layout->addWidget(resetButton);
 
@@ -326,7 +318,7 @@ QFrame *LumetraWindow::buildInfoView()
     actions->setHorizontalSpacing(8);
     actions->setVerticalSpacing(8);
     const auto createToggle = [this](const QString &text, int column) {
-        QPushButton *button = createActionButton(text);
+        QPushButton *button = makeActionButton(text);
         connect(button, &QPushButton::clicked, this,
                 [this, column] { toggleSelectedRowCheck(column); });
         return button;

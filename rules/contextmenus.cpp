@@ -34,10 +34,7 @@ void LumetraWindow::showAppsTableMenu(QPoint position)
 
     // Ticks go on while the menu is open; the entries act on the application of this moment.
     QMenu menu(this);
-    addRuleAction(menu, u"Toggle Block"_s, name, u"block"_s);
-    addRuleAction(menu, u"Toggle Download Limit"_s, name, u"dl"_s);
-    addRuleAction(menu, u"Toggle Upload Limit"_s, name, u"ul"_s);
-    menu.addSeparator();
+    addRuleToggles(menu, name);
     addRuleAction(menu, u"High Priority"_s, name, u"high"_s);
     addRuleAction(menu, u"Normal Priority"_s, name, u"normal"_s);
     addRuleAction(menu, u"Low Priority"_s, name, u"low"_s);
@@ -54,13 +51,18 @@ void LumetraWindow::showRulesTableMenu(QPoint position)
         return;
 
     QMenu menu(this);
-    addRuleAction(menu, u"Toggle Block"_s, name, u"block"_s);
-    addRuleAction(menu, u"Toggle Download Limit"_s, name, u"dl"_s);
-    addRuleAction(menu, u"Toggle Upload Limit"_s, name, u"ul"_s);
-    menu.addSeparator();
+    addRuleToggles(menu, name);
     addRuleAction(menu, u"High Priority"_s, name, u"high"_s);
     addRuleAction(menu, u"Reset App Rule"_s, name, u"reset"_s);
     menu.exec(rulesTable->viewport()->mapToGlobal(position));
+}
+
+void LumetraWindow::addRuleToggles(QMenu &menu, const QString &appName)
+{
+    addRuleAction(menu, u"Toggle Block"_s, appName, u"block"_s);
+    addRuleAction(menu, u"Toggle Download Limit"_s, appName, u"dl"_s);
+    addRuleAction(menu, u"Toggle Upload Limit"_s, appName, u"ul"_s);
+    menu.addSeparator();
 }
 
 void LumetraWindow::addRuleAction(QMenu &menu, const QString &text, const QString &appName,

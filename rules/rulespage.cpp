@@ -5,6 +5,7 @@
 #include "rules/ruleslist.h"
 #include "rules/tablecells.h"
 #include "shell/badge.h"
+#include "shell/namedwidgets.h"
 #include "shell/slimscrollbar.h"
 
 #include <QHeaderView>
@@ -21,13 +22,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-QLabel *createLabel(const QString &text, const QString &objectName)
-{
-    auto *label = new QLabel(text);
-    label->setObjectName(objectName);
-    return label;
-}
 
 /// Puts the eight cells of one application into a row.
 void setRuleRow(QTableWidget &table, int row, const ListedRule &listed, int defaultLimitKbps)
@@ -77,9 +71,9 @@ QWidget *LumetraWindow::buildRulesPage()
     auto *header = new QHBoxLayout;
     auto *titles = new QVBoxLayout;
     titles->setSpacing(4);
-    titles->addWidget(createLabel(u"Rules Manager"_s, u"title"_s));
-    titles->addWidget(createLabel(u"Control app limits, blocking, and priority from one place."_s,
-                                  u"subtitle"_s));
+    titles->addWidget(makeLabel(u"Rules Manager"_s, u"title"_s));
+    titles->addWidget(
+        makeLabel(u"Control app limits, blocking, and priority from one place."_s, u"subtitle"_s));
     header->addLayout(titles);
     header->addStretch();
     header->addWidget(makeBadge(u"Interactive"_s));
@@ -95,8 +89,7 @@ QWidget *LumetraWindow::buildRulesPage()
     });
     tools->addWidget(search, 1);
     const auto addButton = [tools](const QString &text) {
-        auto *button = new QPushButton(text);
-        button->setObjectName("actionButton"_L1);
+        QPushButton *button = makeActionButton(text);
         tools->addWidget(button);
         return button;
     };

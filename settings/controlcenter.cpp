@@ -3,6 +3,7 @@
 #include "settings/profiles.h"
 #include "settings/settingspanel.h"
 #include "shell/badge.h"
+#include "shell/namedwidgets.h"
 #include "shell/slimscrollbar.h"
 
 #include <QCheckBox>
@@ -19,22 +20,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-QLabel *createLabel(const QString &text, const QString &objectName)
-{
-    auto *label = new QLabel(text);
-    label->setObjectName(objectName);
-    label->setTextFormat(Qt::PlainText);
-    return label;
-}
-
 QHBoxLayout *createHeader()
 {
     auto *titles = new QVBoxLayout;
     titles->setSpacing(4);
-    titles->addWidget(createLabel(u"Control Center"_s, u"title"_s));
+    titles->addWidget(makeLabel(u"Control Center"_s, u"title"_s));
     titles->addWidget(
-        createLabel(u"Clean settings for plan usage, alerts, startup, and the monitoring table."_s,
-                    u"subtitle"_s));
+        makeLabel(u"Clean settings for plan usage, alerts, startup, and the monitoring table."_s,
+                  u"subtitle"_s));
     auto *header = new QHBoxLayout;
     header->addLayout(titles);
     header->addStretch();
@@ -155,7 +148,7 @@ QFrame *LumetraWindow::buildSettingsActions()
     addButton(u"Reset usage counters"_s, u"actionButton"_s, 1, [this] { resetUsageCounters(); });
     addButton(u"Clear rule indicators"_s, u"actionButton"_s, 2, [this] { clearRuleIndicators(); });
 
-    settingsSummary = createLabel({}, u"subtitle"_s);
+    settingsSummary = makeLabel({}, u"subtitle"_s);
     layout->addWidget(settingsSummary, 1, 0, 1, 3);
     return frame;
 }

@@ -2,6 +2,7 @@
 
 #include "shell/checkindicator.h"
 #include "shell/darkcombobox.h"
+#include "shell/namedwidgets.h"
 
 #include <QComboBox>
 #include <QFrame>
@@ -14,13 +15,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr int rowBelowAll = 100;
-
-QLabel *createLabel(const QString &text, const QString &objectName)
-{
-    auto *label = new QLabel(text);
-    label->setObjectName(objectName);
-    return label;
-}
 
 } // namespace
 
@@ -35,7 +29,7 @@ SettingsPanel::SettingsPanel(const QString &title)
     m_layout->setColumnMinimumWidth(0, 92);
     m_layout->setColumnStretch(0, 0);
     m_layout->setColumnStretch(1, 1);
-    m_layout->addWidget(createLabel(title, u"panelTitle"_s), 0, 0, 1, 2);
+    m_layout->addWidget(makeLabel(title, u"panelTitle"_s), 0, 0, 1, 2);
     // Beside a taller panel the rows stay together at the top.
     m_layout->setRowStretch(rowBelowAll, 1);
 }
@@ -67,6 +61,6 @@ QCheckBox *SettingsPanel::addCheck(const QString &label, bool checked)
 
 void SettingsPanel::addField(const QString &label, QWidget *control)
 {
-    m_layout->addWidget(createLabel(label, u"metricLabel"_s), m_row, 0);
+    m_layout->addWidget(makeLabel(label, u"metricLabel"_s), m_row, 0);
     m_layout->addWidget(control, m_row++, 1);
 }

@@ -37,8 +37,7 @@ protected:
     }
 
     /// Asks until the answer is yes, for what the kernel does in its own time. False after 20 s.
-    template<typename Question>
-    static bool becomesTrue(Question question)
+    template <typename Question> static bool becomesTrue(Question question)
     {
         constexpr ULONGLONG patience = 20'000; // ms
         const ULONGLONG start = GetTickCount64();
