@@ -24,9 +24,10 @@ class Report
 public:
     /// A figure with its spread: the middle half of the values.
     void add(const QString &load, const QString &figure, const Sample &sample, const QString &unit);
-    /// A figure that is held against a bar; `atMost` tells on which side it has to be.
+    /// A figure that is held against a bar, a ratio if it has no unit; `atMost` tells on which side
+    /// of the bar it has to be.
     void addAgainst(const QString &load, const QString &figure, const Sample &sample, double bar,
-                    bool atMost = true);
+                    bool atMost = true, const QString &unit = QStringLiteral("x"));
 
     /// Prints what was added since the last call.
     void print();

@@ -243,7 +243,7 @@ void measureSteady(Report &report, const LoadShape &shape, int runs, double dump
     report.add(name, u"psutil net_connections('inet4')"_s, psutil, u"ms"_s);
     report.addAgainst(name, u"psutil / tables"_s, ratios(psutil, beside), 20, false);
     report.addAgainst(name, u"octets remembered a socket"_s,
-                      Sample{{octetsASocket(load.sockets())}}, 100);
+                      Sample{{octetsASocket(load.sockets())}}, 100, true, u"B"_s);
     report.print();
 }
 

@@ -3,6 +3,7 @@
 // that nothing but the window is measured; the store is saved into memory, so that no disk is
 // waited for.
 #include "app/lumetrawindow.h"
+#include "bench/report.h"
 #include "rules/tablecells.h"
 #include "shell/theme.h"
 #include "tests/support/scriptedsystem.h"
@@ -10,27 +11,17 @@
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QHeaderView>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QSettings>
 #include <QTableWidget>
 #include <QTemporaryDir>
 #include <QTimer>
 #include <QTimerEvent>
 
-#include <algorithm>
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-double median(QList<double> values)
-{
-    std::ranges::sort(values);
-    return values.at(values.size() / 2);
-}
 
 /// Lets everything that a refresh left to the event loop happen: layouts, resizing, painting.
 void settle()
@@ -70,24 +61,14 @@ void fillBare(QTableWidget &table, int rows, int round)
     }
 }
 
-} // namespace
-
-int main(int argc, char *argv[])
+struct Series
 {
-    // In memory: the save waits for no disk.
-    const QTemporaryDir directory(u"/dev/shm/tovan-bench-XXXXXX"_s);
-    qputenv("XDG_CONFIG_HOME", directory.path().toUtf8());
-    QCoreApplication::setApplicationName(u"Tovan Network Monitor"_s);
-    QCoreApplication::setOrganizationName(u"Tovan"_s);
-    QApplication app(argc, argv);
-    const QStringList arguments = QApplication::arguments();
-    const int processes = arguments.value(1, u"150"_s).toInt();
-    const int rounds = arguments.value(2, u"60"_s).toInt();
-    {
-        QSettings store(u"Tovan"_s, u"Tovan Network Monitor"_s);
-        store.setValue("maxTableRows", 1000);
-        store.setValue("refreshIntervalMs", 10000);
-    }
+    Sample ticks;
+    Sample bare;
+};
+
+Series measure(int processes, int rounds)
+{
     script(processes, 0);
     LumetraWindow window;
     window.show();
@@ -106,23 +87,62 @@ int main(int argc, char *argv[])
     settle();
 
     auto *timer = window.findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
-    QList<double> ticks;
-    QList<double> bares;
+    Series series;
     QElapsedTimer clock;
+    const auto milliseconds = [&clock] { return double(clock.nsecsElapsed()) / 1e6; };
     for (int round = 1; round <= rounds; ++round) {
         script(processes, round);
         clock.start();
         QTimerEvent event(timer->timerId());
         QCoreApplication::sendEvent(timer, &event);
         settle();
-        ticks.append(double(clock.nsecsElapsed()) / 1e6);
+        series.ticks.values.append(milliseconds());
 
         clock.start();
         fillBare(*bare, processes + 1, round);
         settle();
-        bares.append(double(clock.nsecsElapsed()) / 1e6);
+        series.bare.values.append(milliseconds());
     }
-    std::printf("processes %d: tick %.2f ms, bare table %.2f ms, ratio %.2f\n", processes,
-                median(ticks), median(bares), median(ticks) / median(bares));
-    return 0;
+    return series;
+}
+
+} // namespace
+
+/// Argument: the file for the JSON.
+int main(int argc, char *argv[])
+{
+    // In memory: the save waits for no disk.
+    const QTemporaryDir directory(u"/dev/shm/tovan-bench-XXXXXX"_s);
+    qputenv("XDG_CONFIG_HOME", directory.path().toUtf8());
+    QCoreApplication::setApplicationName(u"Tovan Network Monitor"_s);
+    QCoreApplication::setOrganizationName(u"Tovan"_s);
+    QApplication app(argc, argv);
+    {
+        QSettings store(u"Tovan"_s, u"Tovan Network Monitor"_s);
+        store.setValue("maxTableRows", 1000);
+        store.setValue("refreshIntervalMs", 10000);
+    }
+    constexpr int rounds = 61;
+    constexpr int few = 150;
+    constexpr int many = 1000;
+    Report report;
+    const auto add = [&report](int processes, const Series &series) {
+        const QString load = u"%1 rows"_s.arg(processes);
+        report.add(load, u"tick of the window"_s, series.ticks, u"ms"_s);
+        report.add(load, u"bare table filled anew"_s, series.bare, u"ms"_s);
+        report.addAgainst(load, u"tick / bare table"_s, ratios(series.ticks, series.bare), 1.5);
+    };
+    const Series small = measure(few, rounds);
+    add(few, small);
+    const Series large = measure(many, rounds);
+    add(many, large);
+    report.addAgainst(u"%1 rows"_s.arg(many), u"tick / tick of %1 rows"_s.arg(few),
+                      ratios(large.ticks, small.ticks), double(many + 1) / (few + 1));
+    report.print();
+    const QString path = QApplication::arguments().value(1);
+    if (!path.isEmpty() && !report.write(path)) {
+        std::fprintf(stderr, "%s cannot be written\n", qPrintable(path));
+        return 1;
+    }
+    return report.allMet() ? 0 : 3;
 }
