@@ -136,6 +136,24 @@ private:
     ::_exit(0);
 }
 
+constexpr const char *holdArgument = "--hold-for-load";
+
+/// Goes on as holdUntilHangUp() in an executable of the process's own name.
+[[noreturn]] void holdAsApplication(const LoadShape &shape, int control, const std::string &folder,
+                                    int index)
+{
+    const std::string number = std::to_string(index);
+    const std::string path = folder + "/application-" + number;
+    if (::linkat(AT_FDCWD, "/proc/self/exe", AT_FDCWD, path.c_str(), AT_SYMLINK_FOLLOW) != 0)
+        fail("link");
+    ::fcntl(control, F_SETFD, 0);
+    ::execl(path.c_str(), path.c_str(), holdArgument, std::to_string(control).c_str(),
+            number.c_str(), std::to_string(shape.tcpSockets).c_str(),
+            std::to_string(shape.udpSockets).c_str(), std::to_string(shape.otherFiles).c_str(),
+            nullptr);
+    fail("exec");
+}
+
 void awaitAnswer(const FileDescriptor &control)
 {
     char octet = 0;
@@ -147,7 +165,11 @@ void awaitAnswer(const FileDescriptor &control)
 
 } // namespace
 
-Load::Load(const LoadShape &shape, uid_t owner) : m_shape(shape)
+Load::Load(const LoadShape &shape, uid_t owner) : Load(shape, owner, {}) { }
+
+Load::Load(const LoadShape &shape, const std::string &folder) : Load(shape, 0, folder) { }
+
+Load::Load(const LoadShape &shape, uid_t owner, const std::string &folder) : m_shape(shape)
 {
     for (int i = 0; i < shape.processes; ++i) {
         std::array<int, 2> ends{};
@@ -160,6 +182,8 @@ Load::Load(const LoadShape &shape, uid_t owner) : m_shape(shape)
             for (const Process &sibling : m_processes)
                 ::close(sibling.control.get());
             ::close(ends[0]);
+            if (!folder.empty())
+                holdAsApplication(shape, ends[1], folder, i);
             holdUntilHangUp(shape, ends[1], i % 10 == 0 ? owner : 0, i);
         }
         ::close(ends[1]);
@@ -192,6 +216,14 @@ void Load::churn()
 int Load::sockets() const
 {
     return m_shape.processes * (m_shape.tcpSockets + m_shape.udpSockets);
+}
+
+void holdIfAsked(int argc, char *argv[])
+{
+    if (argc != 7 || std::strcmp(argv[1], holdArgument) != 0)
+        return;
+    const LoadShape shape{{}, 1, std::atoi(argv[4]), std::atoi(argv[5]), std::atoi(argv[6])};
+    holdUntilHangUp(shape, std::atoi(argv[2]), 0, std::atoi(argv[3]));
 }
 
 void enterBenchNetwork()

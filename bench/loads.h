@@ -24,6 +24,10 @@ public:
     /// Starts the processes and waits until all hold what they shall. Every tenth belongs to
     /// `owner` and the others to root, if `owner` is not 0.
     explicit Load(const LoadShape &shape, uid_t owner = 0);
+    /// The same, with an executable of its own name for each process, as the applications of a
+    /// desktop have: links to this program in `folder`, which is on the same file system. main()
+    /// then has to call holdIfAsked() first.
+    Load(const LoadShape &shape, const std::string &folder);
     ~Load();
     Load(const Load &) = delete;
     Load &operator=(const Load &) = delete;
@@ -42,10 +46,15 @@ private:
         FileDescriptor control;
     };
 
+    Load(const LoadShape &shape, uid_t owner, const std::string &folder);
+
     LoadShape m_shape;
     std::vector<Process> m_processes;
     bool m_oddTurn = false;
 };
+
+/// Does not return in a process that was started as one of a load's.
+void holdIfAsked(int argc, char *argv[]);
 
 /// Moves the process into a network namespace of its own with the loopback up, so that the loads
 /// are the only sockets and do not touch the machine's own ports. Ends the process when it cannot.

@@ -62,7 +62,7 @@ void Report::addRow(const QString &load, const QString &figure, const Sample &sa
 
 void Report::print()
 {
-    if (m_printed == 0)
+    if (m_printed == 0 && !m_rows.isEmpty())
         std::printf("%-9s %-46s %14s %21s  %s\n", "load", "figure", "median", "middle half", "bar");
     for (; m_printed < m_rows.size(); ++m_printed) {
         const QJsonObject row = m_rows.at(m_printed).toObject();
