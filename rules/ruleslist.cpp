@@ -3,6 +3,8 @@
 #include <QHash>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -39,19 +41,26 @@ QHash<QString, qint32> socketsByName(const QList<AppSample> &samples, const Rule
 QList<ListedRule> listedRules(const QList<AppSample> &samples, const RuleMap &rules,
                               const RulesFilter &filter)
 {
-    QList<ListedRule> listed;
+    struct Entry
+    {
+        QString key; ///< made once for each entry, not for each comparison
+        ListedRule listed;
+    };
+    std::vector<Entry> entries;
     const QHash<QString, qint32> sockets = socketsByName(samples, rules);
     for (auto app = sockets.cbegin(); app != sockets.cend(); ++app) {
         const AppRule rule = ruleFor(rules, app.key());
         if (passesMode(rule, filter.mode) && app.key().contains(filter.text, Qt::CaseInsensitive))
-            listed.append({app.key(), rule, app.value()});
+            entries.push_back({app.key().toLower(), {app.key(), rule, app.value()}});
     }
 
     // Names that differ in letter case alone must not change places from one refresh to the next.
-    std::sort(listed.begin(), listed.end(), [](const ListedRule &left, const ListedRule &right) {
-        const QString leftKey = left.name.toLower();
-        const QString rightKey = right.name.toLower();
-        return leftKey != rightKey ? leftKey < rightKey : left.name < right.name;
+    std::ranges::sort(entries, [](const Entry &left, const Entry &right) {
+        return left.key != right.key ? left.key < right.key : left.listed.name < right.listed.name;
     });
+    QList<ListedRule> listed;
+    listed.reserve(static_cast<qsizetype>(entries.size()));
+    for (Entry &entry : entries)
+        listed.append(std::move(entry.listed));
     return listed;
 }

@@ -3,6 +3,10 @@
 #include <QAbstractItemView>
 #include <QSignalBlocker>
 #include <QString>
+#include <QTableWidgetItem>
+
+#include <memory>
+#include <vector>
 
 class QTableWidget;
 
@@ -21,9 +25,11 @@ private:
     bool autoScroll;
 };
 
-/// While it lives, the table's view does not hear of the cells that are put in; at its end it hears
-/// of all of them at once. For each cell that it hears of it lays out all columns that follow their
-/// contents, which takes time with the square of the rows.
+/// While it lives, the table's cells are empty, to be filled anew, and its view does not hear of
+/// that; at its end the view hears of the rows that show something else than before. For each
+/// change that it hears of it lays out all columns that follow their contents, which takes time
+/// with the square of the rows; and it paints what it hears of, which takes longer than all else in
+/// a tick.
 class CellFilling
 {
 public:
@@ -32,8 +38,19 @@ public:
     Q_DISABLE_COPY_MOVE(CellFilling)
 
 private:
+    struct Rows
+    {
+        int first;
+        int last;
+    };
+
+    /// The few runs of rows that all changes are in.
+    std::vector<Rows> changedRows() const;
+
     QTableWidget &table;
     QSignalBlocker modelBlocker;
+    std::size_t oldColumns;
+    std::vector<std::unique_ptr<QTableWidgetItem>> oldItems; ///< row by row
 };
 
 /// Name of the application in a row: the first cell's text, trimmed; empty without an item there.

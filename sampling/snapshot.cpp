@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <map>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
@@ -40,11 +41,29 @@ QString nameWithoutPath(SystemQueries &queries, quint32 pid)
     return u"PID %1"_s.arg(pid);
 }
 
-bool moreActive(const AppSample &left, const AppSample &right)
+/// The most active ones first.
+QList<AppSample> sorted(QList<AppSample> samples)
 {
-    if (left.socketTotal() != right.socketTotal())
-        return left.socketTotal() > right.socketTotal();
-    return left.name.toLower() < right.name.toLower();
+    struct Key
+    {
+        qint32 sockets;
+        QString name;
+        qsizetype index;
+    };
+    // Once for each sample, not for each comparison.
+    std::vector<Key> keys;
+    keys.reserve(static_cast<std::size_t>(samples.size()));
+    for (qsizetype i = 0; i < samples.size(); ++i)
+        keys.push_back({samples.at(i).socketTotal(), samples.at(i).name.toLower(), i});
+    std::ranges::sort(keys, [](const Key &left, const Key &right) {
+        return left.sockets != right.sockets ? left.sockets > right.sockets
+                                             : left.name < right.name;
+    });
+    QList<AppSample> result;
+    result.reserve(samples.size());
+    for (const Key &key : keys)
+        result.append(std::move(samples[key.index]));
+    return result;
 }
 
 } // namespace
@@ -63,8 +82,7 @@ QList<AppSample> takeSnapshot(SystemQueries &queries)
                                             : QFileInfo(sample.path).fileName();
         samples.append(std::move(sample));
     }
-    std::sort(samples.begin(), samples.end(), moreActive);
-    return samples;
+    return sorted(std::move(samples));
 }
 
 QString imagePathForPid(SystemQueries &queries, quint32 pid)

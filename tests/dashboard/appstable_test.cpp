@@ -14,6 +14,47 @@ void seed(const QString &key, const QVariant &value)
 
 const QString noRate = u"0 B/s"_s;
 
+/// Notes what a table paints.
+class PaintedCells : public QObject
+{
+public:
+    explicit PaintedCells(QTableWidget *watched) : table(watched)
+    {
+        table->viewport()->installEventFilter(this);
+        // What was to be painted before is none of it, nor what its painting then lays out.
+        for (int i = 0; i < 2; ++i) {
+            region = {};
+            table->viewport()->update();
+            if (!QTest::qWaitFor([this] { return !region.isEmpty(); }))
+                qFatal("the table is not painted");
+        }
+        region = {};
+    }
+
+    /// Rows of whose middle line some part was painted; the line between two belongs to both.
+    QList<int> rows() const
+    {
+        QList<int> painted;
+        for (int row = 0; row < table->rowCount(); ++row) {
+            const int middle = table->rowViewportPosition(row) + table->rowHeight(row) / 2;
+            if (region.intersects(QRect(0, middle, table->viewport()->width(), 1)))
+                painted.append(row);
+        }
+        return painted;
+    }
+
+    bool eventFilter(QObject *, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            region += static_cast<QPaintEvent *>(event)->region();
+        return false;
+    }
+
+private:
+    QTableWidget *table;
+    QRegion region;
+};
+
 } // namespace
 
 class AppsTableTest : public QObject
@@ -212,6 +253,54 @@ private Q_SLOTS:
         QVERIFY(!table->isPersistentEditorOpen(table->item(1, 1)));
         QCOMPARE(table->item(1, 1)->text(), noRate);
         QCOMPARE(table->currentRow(), 1);
+    }
+
+    void onlyRowsThatShowSomethingElseArePainted()
+    {
+        WindowFixture fixture;
+        seed(u"refreshIntervalMs"_s, 10000);
+        fixture.system().setCounters(0, 0);
+        for (quint32 pid = 1; pid <= 6; ++pid)
+            fixture.system().addProcess(pid, u"application-%1"_s.arg(pid), 60 - 9 * int(pid));
+        fixture.open();
+        fixture.system().setCounters(1024, 1024);
+        fixture.tick();
+        // Texts of the same width, or all columns would move.
+        {
+            const PaintedCells painted(fixture.appsTable());
+            fixture.system().setCounters(1024 + 2048, 1024 + 3072);
+            fixture.tick();
+            QTRY_COMPARE(painted.rows(), QList{0});
+        }
+        {
+            const PaintedCells painted(fixture.appsTable());
+            fixture.system().setCounters(2 * (1024 + 2048), 2 * (1024 + 3072));
+            fixture.system().addProcess(4, u"application-4"_s, 1);
+            fixture.tick();
+            QTRY_COMPARE(painted.rows(), (QList{0, 4}));
+        }
+        {
+            const PaintedCells painted(fixture.appsTable());
+            fixture.system().setCounters(0, 0);
+            fixture.system().addProcess(3, u"application-3"_s, 1);
+            fixture.system().addProcess(5, u"application-5"_s, 1);
+            fixture.tick();
+            QTRY_COMPARE(painted.rows(), (QList{0, 3, 4, 5}));
+        }
+    }
+
+    void whatWasTypedIntoACellIsPaintedOver()
+    {
+        WindowFixture fixture;
+        seed(u"refreshIntervalMs"_s, 10000);
+        for (quint32 pid = 1; pid <= 3; ++pid)
+            fixture.system().addProcess(pid, u"application-%1"_s.arg(pid), 9);
+        fixture.open();
+        fixture.tick();
+        fixture.appsTable()->item(2, 3)->setText(u"typed"_s);
+        const PaintedCells painted(fixture.appsTable());
+        fixture.tick();
+        QTRY_COMPARE(painted.rows(), QList{2});
     }
 
     void longNamesDoNotWidenTheWindow()
