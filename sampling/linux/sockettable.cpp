@@ -22,13 +22,18 @@ bool isMapped(const __be32 (&address)[4])
     return address[0] == 0 && address[1] == 0 && address[2] == htonl(0xffff);
 }
 
-std::optional<SocketRow> parseSocket(const NetlinkMessage &message)
+/// The message's entry if it is one; its type is the request's.
+std::optional<inet_diag_msg> entryOf(const NetlinkMessage &message, std::uint16_t type)
 {
     inet_diag_msg entry;
-    if (message.type != SOCK_DIAG_BY_FAMILY || message.payload.size() < sizeof entry)
+    if (message.type != type || message.payload.size() < sizeof entry)
         return std::nullopt;
     std::memcpy(&entry, message.payload.data(), sizeof entry);
+    return entry;
+}
 
+std::optional<SocketRow> parseSocket(const inet_diag_msg &entry)
+{
     const inet_diag_sockid &id = entry.id;
     std::uint32_t localAddress = id.idiag_src[0];
     std::uint32_t remoteAddress = id.idiag_dst[0];
@@ -60,9 +65,37 @@ bool dumpFamily(NetlinkSocket &socket, std::uint8_t family, std::uint8_t protoco
     return socket.dump(
         SOCK_DIAG_BY_FAMILY, std::as_bytes(std::span(&request, 1)), [&] { rows.resize(before); },
         [&](const NetlinkMessage &message) {
-            if (const auto row = parseSocket(message))
+            const auto entry = entryOf(message, SOCK_DIAG_BY_FAMILY);
+            if (const auto row = entry ? parseSocket(*entry) : std::nullopt)
                 rows.push_back(*row);
         });
+}
+
+/// Both families of TCP in one walk through the kernel's table, most of which is empty: that takes
+/// longer than to tell the sockets of a desktop. Only the older request asks for every family.
+bool dumpTcp(NetlinkSocket &socket, std::vector<SocketRow> &rows)
+{
+    inet_diag_req request{};
+    request.idiag_states = allStates;
+    std::vector<SocketRow> mapped;
+    const auto restart = [&] {
+        rows.clear();
+        mapped.clear();
+    };
+    const bool complete
+        = socket.dump(TCPDIAG_GETSOCK, std::as_bytes(std::span(&request, 1)), restart,
+                      [&](const NetlinkMessage &message) {
+                          const auto entry = entryOf(message, TCPDIAG_GETSOCK);
+                          if (const auto row = entry ? parseSocket(*entry) : std::nullopt)
+                              (entry->idiag_family == AF_INET ? rows : mapped).push_back(*row);
+                      });
+    if (!complete) {
+        restart();
+        return false;
+    }
+    // IPv4 first, as with a walk for each family.
+    rows.insert(rows.end(), mapped.begin(), mapped.end());
+    return true;
 }
 
 } // namespace
@@ -70,6 +103,8 @@ bool dumpFamily(NetlinkSocket &socket, std::uint8_t family, std::uint8_t protoco
 std::optional<std::vector<SocketRow>> dumpSockets(NetlinkSocket &socket, std::uint8_t protocol)
 {
     std::vector<SocketRow> rows;
+    if (protocol == IPPROTO_TCP && dumpTcp(socket, rows))
+        return rows;
     if (!dumpFamily(socket, AF_INET, protocol, rows)
         || !dumpFamily(socket, AF_INET6, protocol, rows))
         return std::nullopt;

@@ -1,8 +1,12 @@
 #include "sampling/linux/linuxsystemqueries.h"
+#include "sampling/linux/sockettable.h"
 #include "tests/sampling/linux/support/agent.h"
+#include "tests/sampling/linux/support/fakekernel.h"
 #include "tests/sampling/linux/support/networknamespace.h"
 
 #include <arpa/inet.h>
+#include <linux/inet_diag.h>
+#include <linux/sock_diag.h>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
@@ -37,6 +41,30 @@ quint32 stateOf(const std::optional<std::vector<TcpRow>> &table, quint16 port, q
 }
 
 const quint32 loopback = htonl(INADDR_LOOPBACK);
+
+/// A dump's entry; on ::ffff:0.0.0.0 if it is of IPv6.
+QByteArray entry(quint16 type, quint32 sequence, quint8 family, quint16 port)
+{
+    inet_diag_msg entry{};
+    entry.idiag_family = family;
+    entry.id.idiag_sport = port;
+    if (family == AF_INET6)
+        entry.id.idiag_src[2] = htonl(0xffff);
+    return FakeKernel::message(type, sequence,
+                               QByteArray(reinterpret_cast<const char *>(&entry), sizeof entry));
+}
+
+/// Local ports of what a TCP dump over `socket` brings.
+QList<int> portsOfDump(NetlinkSocket &socket)
+{
+    QList<int> ports;
+    const auto rows = dumpSockets(socket, IPPROTO_TCP);
+    if (!rows)
+        return {-1};
+    for (const SocketRow &row : *rows)
+        ports.append(row.localPort);
+    return ports;
+}
 
 } // namespace
 
@@ -184,6 +212,37 @@ private Q_SLOTS:
         QVERIFY(rowsAt(tcpTable, connection.port).isEmpty());
         QVERIFY(rowsAt(udpTable, udp.port).isEmpty());
         QVERIFY(rowsAt(udpTable, dualUdp.port).isEmpty());
+    }
+
+    void oneDumpOfBothFamiliesHasIPv4First()
+    {
+        FakeKernel kernel;
+        NetlinkSocket socket([&] {
+            FileDescriptor peer = kernel.connectPeer();
+            kernel.say(entry(TCPDIAG_GETSOCK, 1, AF_INET, 1)
+                       + entry(TCPDIAG_GETSOCK, 1, AF_INET6, 2)
+                       + entry(TCPDIAG_GETSOCK, 1, AF_INET, 3) + FakeKernel::done(1));
+            return peer;
+        });
+        QCOMPARE(portsOfDump(socket), (QList{1, 3, 2}));
+    }
+
+    void aKernelWithoutTheOlderRequestIsAskedForEachFamily()
+    {
+        FakeKernel kernel;
+        int openings = 0;
+        NetlinkSocket socket([&] {
+            FileDescriptor peer = kernel.connectPeer();
+            if (++openings == 1) {
+                kernel.say(entry(TCPDIAG_GETSOCK, 1, AF_INET, 7)
+                           + FakeKernel::message(NLMSG_ERROR, 1, QByteArray(20, '\xff')));
+            } else {
+                kernel.say(entry(SOCK_DIAG_BY_FAMILY, 2, AF_INET, 1) + FakeKernel::done(2));
+                kernel.say(entry(SOCK_DIAG_BY_FAMILY, 3, AF_INET6, 2) + FakeKernel::done(3));
+            }
+            return peer;
+        });
+        QCOMPARE(portsOfDump(socket), (QList{1, 2}));
     }
 
     void statesAreTranslatedFromTheKernelsNumbering()
