@@ -32,7 +32,7 @@ double kibibytes(const QByteArray &text, const QByteArray &name)
 
 } // namespace
 
-Program::Program(const QString &path, const QString &home)
+Program::Program(const QString &path, const QString &home, const QStringList &arguments)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(u"HOME"_s, home);
@@ -42,7 +42,7 @@ Program::Program(const QString &path, const QString &home)
     m_process.setProcessEnvironment(environment);
     m_process.setStandardOutputFile(QProcess::nullDevice());
     m_process.setStandardErrorFile(QProcess::nullDevice());
-    m_process.start(path, QStringList());
+    m_process.start(path, arguments);
     if (!m_process.waitForStarted()) {
         std::fprintf(stderr, "%s does not start\n", qPrintable(path));
         std::exit(1);

@@ -11,7 +11,7 @@ class Program
 {
 public:
     /// Starts it; `home` takes the place of the user's folders. Ends the benchmark when it cannot.
-    Program(const QString &path, const QString &home);
+    Program(const QString &path, const QString &home, const QStringList &arguments = {});
     ~Program();
     Program(const Program &) = delete;
     Program &operator=(const Program &) = delete;
