@@ -15,7 +15,10 @@
 #include <QEventLoop>
 #include <QTemporaryDir>
 
+#include <unistd.h>
+
 #include <array>
+#include <csignal>
 #include <cstdio>
 #include <optional>
 
@@ -221,6 +224,9 @@ void measureStart(Surroundings &surroundings, Report &report, int starts)
 int main(int argc, char *argv[])
 {
     holdIfAsked(argc, argv);
+    // The first process of a namespace is only reached by signals that it handles.
+    for (const int signal : {SIGINT, SIGTERM})
+        std::signal(signal, [](int number) { ::_exit(128 + number); });
     const QCoreApplication application(argc, argv);
     QCommandLineParser arguments;
     const QCommandLineOption rounds(u"rounds"_s, u"Periods for each program."_s, u"n"_s, u"3"_s);
