@@ -218,7 +218,9 @@ private:
     void showDashboardPage();
     void showRulesPage();
     void showSettingsPage();
+    /// Builds the tray's menu; its icon follows as soon as the desktop has a tray.
     void buildTray();
+    void showTrayIcon(QMenu *menu);
     /// Shows the window and brings it to the front.
     void openWindow();
 
@@ -229,7 +231,7 @@ private:
     QPushButton *rulesNavButton = nullptr;
     QPushButton *settingsNavButton = nullptr;
     WindowDrag drag;
-    QSystemTrayIcon *trayIcon = nullptr;
+    QSystemTrayIcon *trayIcon = nullptr; ///< null as long as the desktop has no tray
     QAction *trayPauseAction = nullptr;
     QAction *trayMiniAction = nullptr;
     MiniSpeedWidget *miniWidget = nullptr; ///< no parent; lives until the process ends

@@ -9,6 +9,8 @@ program_packages=(
     fonts-dejavu-core # has every glyph that the pages show
     g++
     libqt6svg6 # the plug-in that draws the images, loaded at run time
+    libx11-dev # with the next one, for the trays of X11 desktops
+    libxcb1-dev
     ninja-build
     qt6-base-dev
     qt6-wayland

@@ -2,6 +2,7 @@
 
 #include "dashboard/icons.h"
 #include "settings/profiles.h"
+#include "shell/trayhost.h"
 
 #include <QAction>
 #include <QMenu>
@@ -11,8 +12,6 @@ using namespace Qt::StringLiterals;
 
 void LumetraWindow::buildTray()
 {
-    trayIcon = new QSystemTrayIcon(assetIcon(u"tovan-site-icon.svg"_s), this);
-
     auto *openAction = new QAction(u"Open Tovan"_s, this);
     trayPauseAction = new QAction(u"Pause monitoring"_s, this);
     auto *rulesAction = new QAction(u"Open Rules Manager"_s, this);
@@ -32,8 +31,6 @@ void LumetraWindow::buildTray()
         profileMenu->addAction(profile, this, [this, profile] { applyProfile(profile); });
     menu->addSeparator();
     menu->addAction(exitAction);
-    trayIcon->setContextMenu(menu);
-    trayIcon->setVisible(true);
 
     connect(openAction, &QAction::triggered, this, [this] { openWindow(); });
     connect(rulesAction, &QAction::triggered, this, [this] {
@@ -45,6 +42,15 @@ void LumetraWindow::buildTray()
     connect(trayMiniAction, &QAction::triggered, this,
             [this](bool checked) { setMiniWidgetEnabled(checked); });
     connect(exitAction, &QAction::triggered, this, [this] { exitProgram(); });
+
+    whenTrayIsReady(this, [this, menu] { showTrayIcon(menu); });
+}
+
+void LumetraWindow::showTrayIcon(QMenu *menu)
+{
+    trayIcon = new QSystemTrayIcon(assetIcon(u"tovan-site-icon.svg"_s), this);
+    trayIcon->setContextMenu(menu);
+    trayIcon->setVisible(true);
     connect(trayIcon, &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) {
                 if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)

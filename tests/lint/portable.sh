@@ -3,11 +3,11 @@
 # Fails on what would tie the sources above sampling/systemqueries.h to one operating system: a
 # header that is neither of Qt, of the C++ library nor of ours, a backend's header, a condition on
 # the operating system, or, in the library built from those sources, a call to a C function outside
-# the C standard.
+# the C standard. Folders named after a system are built on that system alone.
 set -euo pipefail
 library=$1
-mapfile -d '' sources < <(find app settings rules dashboard shell -name '*.cpp' -print0 \
-    -o -name '*.h' -print0
+mapfile -d '' sources < <(find app settings rules dashboard shell \
+    \( -name linux -o -name windows \) -prune -o -name '*.cpp' -print0 -o -name '*.h' -print0
     find sampling -maxdepth 1 -name '*.cpp' -print0 -o -maxdepth 1 -name '*.h' -print0)
 ((${#sources[@]} > 0))
 

@@ -1,0 +1,101 @@
+#include "tests/desktop/support/program.h"
+
+#include <QFileInfo>
+#include <QSettings>
+#include <QtTest>
+
+#include <csignal>
+#include <sys/stat.h>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int patience = 20000; // milliseconds; a busy machine starts a program slowly
+
+/// Tells a file from the one that takes its place.
+std::pair<ino_t, qint64> identity(const QString &path)
+{
+    struct stat status
+    {
+    };
+    if (stat(QFile::encodeName(path).constData(), &status) != 0)
+        return {};
+    constexpr qint64 nanoseconds = 1000000000;
+    return {status.st_ino, status.st_mtim.tv_sec * nanoseconds + status.st_mtim.tv_nsec};
+}
+
+} // namespace
+
+Program::Program(const Desktop &desktop, const std::function<void(AppSettings &)> &change)
+{
+    m_seeded.settings.refreshIntervalMs = numberSetting(&AppSettings::refreshIntervalMs).low;
+    m_seeded.rules.insert(u"application"_s, {true, false, true, u"High"_s, 77, 88});
+    change(m_seeded.settings);
+    QDir().mkpath(QFileInfo(storePath()).path());
+    QSettings store(storePath(), QSettings::IniFormat);
+    writeStore(store, m_seeded);
+
+    QProcessEnvironment environment = desktop.environment();
+    environment.insert(u"XDG_CONFIG_HOME"_s, m_folder.path());
+    m_process.setProcessEnvironment(environment);
+}
+
+void Program::start(const QHash<QString, QString> &more)
+{
+    QProcessEnvironment environment = m_process.processEnvironment();
+    for (auto variable = more.begin(); variable != more.end(); ++variable)
+        environment.insert(variable.key(), variable.value());
+    m_process.setProcessEnvironment(environment);
+    m_process.start(qEnvironmentVariable("TOVAN_PROGRAM"), QStringList());
+    if (!m_process.waitForStarted())
+        qFatal("the program does not start");
+}
+
+bool Program::endsWell()
+{
+    return QTest::qWaitFor([this] { return !isRunning(); }, patience)
+        && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+}
+
+bool Program::isEndedBy(int signal)
+{
+    kill(static_cast<pid_t>(pid()), signal);
+    // The exit code of a process that a signal has ended is that signal.
+    return QTest::qWaitFor([this] { return !isRunning(); }, patience)
+        && m_process.exitStatus() == QProcess::CrashExit && m_process.exitCode() == signal;
+}
+
+bool Program::ticks()
+{
+    // The next save may belong to a tick that is under way.
+    for (int save = 0; save < 2; ++save) {
+        const auto before = identity(storePath());
+        if (!QTest::qWaitFor([&] { return !isRunning() || identity(storePath()) != before; },
+                             patience))
+            return false;
+    }
+    return isRunning();
+}
+
+StoredState Program::stored() const
+{
+    // A copy of its own name: QSettings remembers what it read from a file.
+    const QTemporaryDir folder;
+    const QString copy = folder.filePath(u"copy"_s);
+    QFile::copy(storePath(), copy);
+    QSettings store(copy, QSettings::IniFormat);
+    return readStore(store, QDate());
+}
+
+bool Program::storeIsWhole() const
+{
+    const StoredState state = stored();
+    return state.settings == m_seeded.settings && state.rules == m_seeded.rules
+        && !state.usage.dayKey.isEmpty();
+}
+
+QString Program::storePath() const
+{
+    return m_folder.filePath(u"Tovan/Tovan Network Monitor.conf"_s);
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "settings/settingsstore.h"
+#include "tests/desktop/support/desktop.h"
+
+/// The program itself, with a settings store of its own, on a desktop of a test's.
+class Program
+{
+public:
+    /// Its store has a rule, and an interval between ticks as short as can be; `change` is what
+    /// else differs from the defaults.
+    explicit Program(
+        const Desktop &desktop, const std::function<void(AppSettings &)> &change = [](auto &) {});
+
+    /// Starts it with the desktop's environment, and `more` of it.
+    void start(const QHash<QString, QString> &more = {});
+    qint64 pid() const { return m_process.processId(); }
+    bool isRunning() const { return m_process.state() == QProcess::Running; }
+    /// Waits until it ends and tells whether it did so by itself and without an error.
+    bool endsWell();
+    /// Sends it a signal and tells whether that ended it.
+    bool isEndedBy(int signal);
+
+    /// Waits for the save of a tick that begins after this call.
+    bool ticks();
+    /// What its store holds now.
+    StoredState stored() const;
+    /// Whether the store has all that was written to it before the start, but for usage.
+    bool storeIsWhole() const;
+    void removeStore() { QFile::remove(storePath()); }
+    bool hasStore() const { return QFile::exists(storePath()); }
+
+private:
+    QString storePath() const;
+
+    QTemporaryDir m_folder;
+    StoredState m_seeded;
+    OwnedProcess m_process;
+};

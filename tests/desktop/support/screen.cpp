@@ -1,0 +1,142 @@
+#include "tests/desktop/support/screen.h"
+
+#include "tests/desktop/support/xcbreply.h"
+
+#include <cstring>
+
+using namespace Qt::StringLiterals;
+
+Screen::Screen(const QString &display) : m_connection(xcb_connect(display.toLatin1(), nullptr))
+{
+    if (xcb_connection_has_error(m_connection))
+        qFatal("no X server at %s", qPrintable(display));
+    m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+}
+
+Screen::~Screen()
+{
+    xcb_disconnect(m_connection);
+}
+
+xcb_atom_t Screen::atom(const QByteArray &name)
+{
+    xcb_atom_t &atom = m_atoms[name];
+    if (atom == XCB_ATOM_NONE) {
+        const auto cookie
+            = xcb_intern_atom(m_connection, 0, static_cast<std::uint16_t>(name.size()), name);
+        const XcbReply<xcb_intern_atom_reply_t> reply(
+            xcb_intern_atom_reply(m_connection, cookie, nullptr));
+        atom = reply->atom;
+    }
+    return atom;
+}
+
+QString Screen::atomName(xcb_atom_t atom)
+{
+    const XcbReply<xcb_get_atom_name_reply_t> reply(
+        xcb_get_atom_name_reply(m_connection, xcb_get_atom_name(m_connection, atom), nullptr));
+    return QString::fromLatin1(xcb_get_atom_name_name(reply.get()),
+                               xcb_get_atom_name_name_length(reply.get()));
+}
+
+QByteArray Screen::property(xcb_window_t window, const QByteArray &name)
+{
+    constexpr std::uint32_t enough = 65536;
+    const auto cookie
+        = xcb_get_property(m_connection, 0, window, atom(name), XCB_ATOM_ANY, 0, enough);
+    const XcbReply<xcb_get_property_reply_t> reply(
+        xcb_get_property_reply(m_connection, cookie, nullptr));
+    if (!reply)
+        return {}; // the window is gone
+    return {static_cast<const char *>(xcb_get_property_value(reply.get())),
+            xcb_get_property_value_length(reply.get())};
+}
+
+template <typename T> QList<T> Screen::values(xcb_window_t window, const QByteArray &name)
+{
+    const QByteArray bytes = property(window, name);
+    QList<T> values(bytes.size() / static_cast<qsizetype>(sizeof(T)));
+    std::memcpy(values.data(), bytes.constData(),
+                static_cast<std::size_t>(values.size()) * sizeof(T));
+    return values;
+}
+
+QRect Screen::geometry(xcb_window_t window)
+{
+    const auto sizeCookie = xcb_get_geometry(m_connection, window);
+    const auto placeCookie = xcb_translate_coordinates(m_connection, window, m_root, 0, 0);
+    const XcbReply<xcb_get_geometry_reply_t> size(
+        xcb_get_geometry_reply(m_connection, sizeCookie, nullptr));
+    const XcbReply<xcb_translate_coordinates_reply_t> place(
+        xcb_translate_coordinates_reply(m_connection, placeCookie, nullptr));
+    if (!size || !place)
+        return {};
+    return {place->dst_x, place->dst_y, size->width, size->height};
+}
+
+QList<ManagedWindow> Screen::windows(qint64 pid)
+{
+    QList<ManagedWindow> found;
+    const auto ids = values<xcb_window_t>(m_root, "_NET_CLIENT_LIST_STACKING");
+    for (const xcb_window_t id : ids) {
+        if (values<std::uint32_t>(id, "_NET_WM_PID") != QList{static_cast<std::uint32_t>(pid)})
+            continue;
+        ManagedWindow window{id, QString::fromUtf8(property(id, "_NET_WM_NAME")), geometry(id), {}};
+        const auto states = values<xcb_atom_t>(id, "_NET_WM_STATE");
+        for (const xcb_atom_t state : states)
+            window.states.append(atomName(state).remove(u"_NET_WM_STATE_"_s));
+        found.append(window);
+    }
+    return found;
+}
+
+xcb_window_t Screen::activeWindow()
+{
+    return values<xcb_window_t>(m_root, "_NET_ACTIVE_WINDOW").value(0, XCB_WINDOW_NONE);
+}
+
+QRect Screen::menu()
+{
+    const XcbReply<xcb_query_tree_reply_t> tree(
+        xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, m_root), nullptr));
+    QRect topmost;
+    const xcb_window_t *children = xcb_query_tree_children(tree.get());
+    for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+        const XcbReply<xcb_get_window_attributes_reply_t> attributes(
+            xcb_get_window_attributes_reply(
+                m_connection, xcb_get_window_attributes(m_connection, children[i]), nullptr));
+        const auto types = values<xcb_atom_t>(children[i], "_NET_WM_WINDOW_TYPE");
+        if (attributes && attributes->override_redirect
+            && attributes->map_state == XCB_MAP_STATE_VIEWABLE
+            && types.contains(atom("_NET_WM_WINDOW_TYPE_POPUP_MENU")))
+            topmost = geometry(children[i]);
+    }
+    return topmost;
+}
+
+QColor Screen::colourAt(QPoint position)
+{
+    const auto cookie = xcb_get_image(
+        m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, static_cast<std::int16_t>(position.x()),
+        static_cast<std::int16_t>(position.y()), 1, 1, ~std::uint32_t{0});
+    const XcbReply<xcb_get_image_reply_t> image(xcb_get_image_reply(m_connection, cookie, nullptr));
+    if (!image)
+        return {};
+    QRgb pixel = 0;
+    std::memcpy(&pixel, xcb_get_image_data(image.get()), sizeof pixel);
+    return QColor(pixel);
+}
+
+void Screen::askToClose(xcb_window_t window)
+{
+    xcb_client_message_event_t message{};
+    message.response_type = XCB_CLIENT_MESSAGE;
+    message.format = 32;
+    message.window = window;
+    message.type = atom("WM_PROTOCOLS");
+    message.data.data32[0] = atom("WM_DELETE_WINDOW");
+    message.data.data32[1] = XCB_CURRENT_TIME;
+    xcb_send_event(m_connection, 0, window, XCB_EVENT_MASK_NO_EVENT,
+                   reinterpret_cast<const char *>(&message));
+    xcb_flush(m_connection);
+}

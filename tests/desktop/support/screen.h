@@ -1,0 +1,58 @@
+#pragma once
+
+#include <QColor>
+#include <QHash>
+#include <QRect>
+#include <QStringList>
+
+#include <xcb/xcb.h>
+
+/// A window as the window manager lists it.
+struct ManagedWindow
+{
+    xcb_window_t id = XCB_WINDOW_NONE;
+    QString title;
+    QRect geometry; ///< on the screen
+    QStringList states; ///< _NET_WM_STATE, without that prefix
+
+    bool isMaximized() const
+    {
+        return states.contains(QLatin1String("MAXIMIZED_VERT"))
+            && states.contains(QLatin1String("MAXIMIZED_HORZ"));
+    }
+    bool isMinimized() const { return states.contains(QLatin1String("HIDDEN")); }
+};
+
+/// What is seen on an X screen (ICCCM, Extended Window Manager Hints 1.5).
+class Screen
+{
+public:
+    explicit Screen(const QString &display);
+    ~Screen();
+    Screen(const Screen &) = delete;
+    Screen &operator=(const Screen &) = delete;
+
+    /// Windows of a process, the lowest first.
+    QList<ManagedWindow> windows(qint64 pid);
+    /// The window that has the keyboard.
+    xcb_window_t activeWindow();
+    /// Geometry of the topmost menu; empty when there is none.
+    QRect menu();
+    QColor colourAt(QPoint position);
+    /// Asks a window to close, as a window manager's button does.
+    void askToClose(xcb_window_t window);
+
+    xcb_connection_t *connection() const { return m_connection; }
+    xcb_window_t root() const { return m_root; }
+    xcb_atom_t atom(const QByteArray &name);
+
+private:
+    QByteArray property(xcb_window_t window, const QByteArray &name);
+    template <typename T> QList<T> values(xcb_window_t window, const QByteArray &name);
+    QString atomName(xcb_atom_t atom);
+    QRect geometry(xcb_window_t window);
+
+    xcb_connection_t *m_connection = nullptr;
+    xcb_window_t m_root = XCB_WINDOW_NONE;
+    QHash<QByteArray, xcb_atom_t> m_atoms;
+};

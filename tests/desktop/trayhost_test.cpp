@@ -1,0 +1,168 @@
+#include "tests/desktop/support/embeddingtray.h"
+#include "tests/desktop/support/notifiertray.h"
+#include "tests/desktop/support/program.h"
+
+#include <QtTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+// The left half of the mark, below its letter.
+const QColor markColour(0x15, 0xa3, 0x4a);
+constexpr QPoint markPosition(4, 18);
+
+} // namespace
+
+/// Trays that are there, come late, go and come back.
+class TrayHostTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void theIconIsInATrayThatIsThere();
+    void theIconAppearsInATrayThatStartsLater();
+    void theIconAppearsWhenAHostJoinsAWatcher();
+    void theIconComesBackWithTheTray();
+    void theIconIsEmbeddedInATrayThatIsThere();
+    void theIconIsEmbeddedInATrayThatStartsLater();
+    void theIconIsEmbeddedAgainInATrayThatComesBack();
+    void aTrayOnTheBusIsPreferredToAnEmbeddingOne();
+    void theProgramTicksWithoutAnyTray();
+    void theProgramTicksWithoutASessionBus();
+};
+
+void TrayHostTest::theIconIsInATrayThatIsThere()
+{
+    Desktop desktop;
+    NotifierTray tray(desktop.bus(u"tray"_s));
+    tray.addHost();
+    tray.announce();
+    Program program(desktop);
+    program.start();
+    QTRY_COMPARE(tray.icons().size(), 1);
+    QVERIFY(program.ticks());
+}
+
+void TrayHostTest::theIconAppearsInATrayThatStartsLater()
+{
+    Desktop desktop;
+    Program program(desktop);
+    program.start();
+    QVERIFY(program.ticks());
+    NotifierTray tray(desktop.bus(u"tray"_s));
+    tray.addHost();
+    tray.announce();
+    QTRY_COMPARE(tray.icons().size(), 1);
+    QVERIFY(program.ticks());
+    QCOMPARE(tray.icons().size(), 1);
+}
+
+void TrayHostTest::theIconAppearsWhenAHostJoinsAWatcher()
+{
+    Desktop desktop;
+    NotifierTray tray(desktop.bus(u"tray"_s));
+    tray.announce();
+    Program program(desktop);
+    program.start();
+    QVERIFY(program.ticks());
+    QCOMPARE(tray.icons().size(), 0);
+    tray.addHost();
+    QTRY_COMPARE(tray.icons().size(), 1);
+    QVERIFY(program.ticks());
+}
+
+void TrayHostTest::theIconComesBackWithTheTray()
+{
+    Desktop desktop;
+    Program program(desktop);
+    {
+        NotifierTray tray(desktop.bus(u"tray"_s));
+        tray.addHost();
+        tray.announce();
+        program.start();
+        QTRY_COMPARE(tray.icons().size(), 1);
+    }
+    QVERIFY(program.ticks());
+    NotifierTray tray(desktop.bus(u"next tray"_s));
+    tray.addHost();
+    tray.announce();
+    QTRY_COMPARE(tray.icons().size(), 1);
+    QCOMPARE(tray.menu().texts().constFirst(), u"Open Tovan"_s);
+}
+
+void TrayHostTest::theIconIsEmbeddedInATrayThatIsThere()
+{
+    Desktop desktop;
+    const EmbeddingTray tray(desktop.display());
+    Program program(desktop);
+    program.start();
+    QTRY_VERIFY(tray.icon() != XCB_WINDOW_NONE);
+    QTRY_COMPARE(desktop.screen().colourAt(markPosition), markColour);
+    QVERIFY(program.ticks());
+}
+
+void TrayHostTest::theIconIsEmbeddedInATrayThatStartsLater()
+{
+    Desktop desktop;
+    Program program(desktop);
+    program.start();
+    QVERIFY(program.ticks());
+    const EmbeddingTray tray(desktop.display());
+    QTRY_VERIFY(tray.icon() != XCB_WINDOW_NONE);
+    QTRY_COMPARE(desktop.screen().colourAt(markPosition), markColour);
+}
+
+void TrayHostTest::theIconIsEmbeddedAgainInATrayThatComesBack()
+{
+    Desktop desktop;
+    Program program(desktop);
+    {
+        const EmbeddingTray tray(desktop.display());
+        program.start();
+        QTRY_VERIFY(tray.icon() != XCB_WINDOW_NONE);
+    }
+    QVERIFY(program.ticks());
+    const EmbeddingTray tray(desktop.display());
+    QTRY_VERIFY(tray.icon() != XCB_WINDOW_NONE);
+    QTRY_COMPARE(desktop.screen().colourAt(markPosition), markColour);
+    QVERIFY(program.ticks());
+}
+
+void TrayHostTest::aTrayOnTheBusIsPreferredToAnEmbeddingOne()
+{
+    Desktop desktop;
+    const EmbeddingTray embedding(desktop.display());
+    NotifierTray tray(desktop.bus(u"tray"_s));
+    tray.addHost();
+    tray.announce();
+    Program program(desktop);
+    program.start();
+    QTRY_COMPARE(tray.icons().size(), 1);
+    QVERIFY(program.ticks());
+    QCOMPARE(embedding.icon(), xcb_window_t{XCB_WINDOW_NONE});
+}
+
+void TrayHostTest::theProgramTicksWithoutAnyTray()
+{
+    Desktop desktop;
+    Program program(desktop, [](AppSettings &settings) { settings.closeToTray = true; });
+    program.start();
+    QVERIFY(program.ticks());
+    desktop.screen().askToClose(desktop.screen().windows(program.pid()).constFirst().id);
+    QTRY_COMPARE(desktop.screen().windows(program.pid()).size(), 0);
+    QVERIFY(program.ticks());
+}
+
+void TrayHostTest::theProgramTicksWithoutASessionBus()
+{
+    Desktop desktop(Desktop::NoBus);
+    Program program(desktop);
+    program.start();
+    QVERIFY(program.ticks());
+    const EmbeddingTray tray(desktop.display());
+    QTRY_VERIFY(tray.icon() != XCB_WINDOW_NONE);
+}
+
+QTEST_GUILESS_MAIN(TrayHostTest)
+#include "trayhost_test.moc"
