@@ -13,6 +13,8 @@ namespace {
 
 constexpr int patience = 20000; // milliseconds; a busy machine starts a program slowly
 
+constexpr QSize miniSize(220, 92); // what tells the mini monitor from the window
+
 /// Tells a file from the one that takes its place.
 std::pair<ino_t, qint64> identity(const QString &path)
 {
@@ -27,7 +29,8 @@ std::pair<ino_t, qint64> identity(const QString &path)
 
 } // namespace
 
-Program::Program(const Desktop &desktop, const std::function<void(AppSettings &)> &change)
+Program::Program(Desktop &desktop, const std::function<void(AppSettings &)> &change)
+    : m_desktop(desktop)
 {
     m_seeded.settings.refreshIntervalMs = numberSetting(&AppSettings::refreshIntervalMs).low;
     m_seeded.rules.insert(u"application"_s, {true, false, true, u"High"_s, 77, 88});
@@ -66,6 +69,42 @@ bool Program::isEndedBy(int signal)
         && m_process.exitStatus() == QProcess::CrashExit && m_process.exitCode() == signal;
 }
 
+ManagedWindow Program::window() const
+{
+    return find([](QSize size) { return size != miniSize; });
+}
+
+ManagedWindow Program::mini() const
+{
+    return find([](QSize size) { return size == miniSize; });
+}
+
+ManagedWindow Program::find(bool (*hasSize)(QSize)) const
+{
+    const auto windows = m_desktop.screen().windows(pid());
+    for (const ManagedWindow &window : windows) {
+        if (hasSize(window.geometry.size()))
+            return window;
+    }
+    return {};
+}
+
+bool Program::isActive() const
+{
+    return QTest::qWaitFor(
+        [this] {
+            const xcb_window_t id = window().id;
+            return id != XCB_WINDOW_NONE && m_desktop.screen().activeWindow() == id;
+        },
+        patience);
+}
+
+void Program::click(QPoint place, int button) const
+{
+    const QPoint position = window().geometry.topLeft() + place;
+    m_desktop.act(u"mousemove %1 %2 click %3"_s.arg(position.x()).arg(position.y()).arg(button));
+}
+
 bool Program::ticks()
 {
     // The next save may belong to a tick that is under way.
@@ -91,8 +130,7 @@ StoredState Program::stored() const
 bool Program::storeIsWhole() const
 {
     const StoredState state = stored();
-    return state.settings == m_seeded.settings && state.rules == m_seeded.rules
-        && !state.usage.dayKey.isEmpty();
+    return state.settings == m_seeded.settings && state.rules == m_seeded.rules;
 }
 
 QString Program::storePath() const

@@ -10,7 +10,7 @@ public:
     /// Its store has a rule, and an interval between ticks as short as can be; `change` is what
     /// else differs from the defaults.
     explicit Program(
-        const Desktop &desktop, const std::function<void(AppSettings &)> &change = [](auto &) {});
+        Desktop &desktop, const std::function<void(AppSettings &)> &change = [](auto &) {});
 
     /// Starts it with the desktop's environment, and `more` of it.
     void start(const QHash<QString, QString> &more = {});
@@ -20,6 +20,14 @@ public:
     bool endsWell();
     /// Sends it a signal and tells whether that ended it.
     bool isEndedBy(int signal);
+
+    /// The window and the mini monitor; without an id when not on the screen.
+    ManagedWindow window() const;
+    ManagedWindow mini() const;
+    /// Waits until the window is on the screen and has the keyboard.
+    bool isActive() const;
+    /// Clicks into the window, at a place relative to it.
+    void click(QPoint place, int button = 1) const;
 
     /// Waits for the save of a tick that begins after this call.
     bool ticks();
@@ -32,7 +40,9 @@ public:
 
 private:
     QString storePath() const;
+    ManagedWindow find(bool (*hasSize)(QSize)) const;
 
+    Desktop &m_desktop;
     QTemporaryDir m_folder;
     StoredState m_seeded;
     OwnedProcess m_process;

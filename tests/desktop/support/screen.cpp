@@ -74,12 +74,17 @@ QRect Screen::geometry(xcb_window_t window)
     return {place->dst_x, place->dst_y, size->width, size->height};
 }
 
+bool Screen::belongsTo(xcb_window_t window, qint64 pid)
+{
+    return values<std::uint32_t>(window, "_NET_WM_PID").value(0) == pid;
+}
+
 QList<ManagedWindow> Screen::windows(qint64 pid)
 {
     QList<ManagedWindow> found;
     const auto ids = values<xcb_window_t>(m_root, "_NET_CLIENT_LIST_STACKING");
     for (const xcb_window_t id : ids) {
-        if (values<std::uint32_t>(id, "_NET_WM_PID") != QList{static_cast<std::uint32_t>(pid)})
+        if (!belongsTo(id, pid))
             continue;
         ManagedWindow window{id, QString::fromUtf8(property(id, "_NET_WM_NAME")), geometry(id), {}};
         const auto states = values<xcb_atom_t>(id, "_NET_WM_STATE");
@@ -95,7 +100,7 @@ xcb_window_t Screen::activeWindow()
     return values<xcb_window_t>(m_root, "_NET_ACTIVE_WINDOW").value(0, XCB_WINDOW_NONE);
 }
 
-QRect Screen::menu()
+QRect Screen::menu(qint64 pid)
 {
     const XcbReply<xcb_query_tree_reply_t> tree(
         xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, m_root), nullptr));
@@ -105,10 +110,8 @@ QRect Screen::menu()
         const XcbReply<xcb_get_window_attributes_reply_t> attributes(
             xcb_get_window_attributes_reply(
                 m_connection, xcb_get_window_attributes(m_connection, children[i]), nullptr));
-        const auto types = values<xcb_atom_t>(children[i], "_NET_WM_WINDOW_TYPE");
         if (attributes && attributes->override_redirect
-            && attributes->map_state == XCB_MAP_STATE_VIEWABLE
-            && types.contains(atom("_NET_WM_WINDOW_TYPE_POPUP_MENU")))
+            && attributes->map_state == XCB_MAP_STATE_VIEWABLE && belongsTo(children[i], pid))
             topmost = geometry(children[i]);
     }
     return topmost;

@@ -15,6 +15,7 @@ struct ManagedWindow
     QRect geometry; ///< on the screen
     QStringList states; ///< _NET_WM_STATE, without that prefix
 
+    bool isShown() const { return id != XCB_WINDOW_NONE && !isMinimized(); }
     bool isMaximized() const
     {
         return states.contains(QLatin1String("MAXIMIZED_VERT"))
@@ -36,8 +37,8 @@ public:
     QList<ManagedWindow> windows(qint64 pid);
     /// The window that has the keyboard.
     xcb_window_t activeWindow();
-    /// Geometry of the topmost menu; empty when there is none.
-    QRect menu();
+    /// Geometry of a process's topmost menu, which is no managed window; empty when there is none.
+    QRect menu(qint64 pid);
     QColor colourAt(QPoint position);
     /// Asks a window to close, as a window manager's button does.
     void askToClose(xcb_window_t window);
@@ -51,6 +52,7 @@ private:
     template <typename T> QList<T> values(xcb_window_t window, const QByteArray &name);
     QString atomName(xcb_atom_t atom);
     QRect geometry(xcb_window_t window);
+    bool belongsTo(xcb_window_t window, qint64 pid);
 
     xcb_connection_t *m_connection = nullptr;
     xcb_window_t m_root = XCB_WINDOW_NONE;
