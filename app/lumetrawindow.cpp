@@ -50,10 +50,10 @@ LumetraWindow::LumetraWindow() : queries(makeSystemQueries())
     if (settings.startMinimized)
         QTimer::singleShot(0, this, [this] { hide(); });
 
-    connect(qApp, &QGuiApplication::commitDataRequest, this, [this] {
-        quitting = true;
-        saveSettings();
-    });
+    // The end of the session may still be cancelled, so it only saves. Where it is not, the program
+    // is told to quit, which eventFilter() takes for an Exit.
+    connect(qApp, &QGuiApplication::commitDataRequest, this, [this] { saveSettings(); });
+    qApp->installEventFilter(this);
 }
 
 LumetraWindow::~LumetraWindow()

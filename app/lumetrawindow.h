@@ -65,7 +65,8 @@ private:
     void setStatus(const QString &text);
 
     bool paused = false;
-    bool quitting = false; ///< set by the exit commands: closing then really closes
+    bool quitting = false; ///< set by the exit commands and by a quit of the system's: closing
+                           ///< then really closes
     QTimer *sampleTimer = nullptr;
     QFrame *toastFrame = nullptr;
     QLabel *toastLabel = nullptr;

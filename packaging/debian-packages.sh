@@ -36,6 +36,8 @@ test_packages=(
     g++-mingw-w64-x86-64 # builds the Windows backend, which Wine runs
     iproute2
     libgtest-dev # its sources, for the Windows backend's tests
+    libice-dev # with libsm-dev, for a session manager of the tests
+    libsm-dev
     procps
     shellcheck
     wine

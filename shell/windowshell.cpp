@@ -3,6 +3,7 @@
 #include "dashboard/icons.h"
 #include "shell/theme.h"
 
+#include <QApplication>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -178,6 +179,9 @@ void LumetraWindow::showSettingsPage()
 
 bool LumetraWindow::eventFilter(QObject *watched, QEvent *event)
 {
+    // Windows are asked to close before the program quits: one that only hides would keep it alive.
+    if (watched == qApp && event->type() == QEvent::Quit)
+        quitting = true;
     if (watched != titleBar && watched != titleLabel)
         return QMainWindow::eventFilter(watched, event);
 
