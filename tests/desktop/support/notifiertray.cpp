@@ -113,6 +113,21 @@ QVariant NotifierTray::iconProperty(const QString &name)
         .variant();
 }
 
+QString NotifierTray::toolTip()
+{
+    // A structure of icon name, pictures, title and text.
+    const auto toolTip = iconProperty(u"ToolTip"_s).value<QDBusArgument>();
+    QString iconName;
+    QString title;
+    QString text;
+    toolTip.beginStructure();
+    toolTip >> iconName;
+    toolTip.asVariant();
+    toolTip >> title >> text;
+    toolTip.endStructure();
+    return iconName + title + text;
+}
+
 QColor NotifierTray::iconColour(int size, QPoint position)
 {
     // Pictures of several sizes: width, height, and pixels in network byte order.

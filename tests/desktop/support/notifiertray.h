@@ -43,6 +43,8 @@ public:
     QStringList icons() const { return m_icons; }
     /// One property of the first icon; invalid when it has none.
     QVariant iconProperty(const QString &name);
+    /// All texts of the first icon's tool tip, run together.
+    QString toolTip();
     /// Colour of the first icon's picture of that size; invalid when there is none.
     QColor iconColour(int size, QPoint position);
     /// Clicks the first icon: "Activate", "SecondaryActivate" or "ContextMenu".

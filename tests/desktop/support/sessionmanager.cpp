@@ -7,38 +7,114 @@
 #include <cstring>
 #include <utility>
 
+// Last, for its macros.
+#include <X11/SM/SMlib.h>
+
+struct SessionManager::Session
+{
+    QString address;
+    int listenerCount = 0;
+    IceListenObj *listeners = nullptr;
+    IceConn connection = nullptr;
+    SmsConn client = nullptr;
+    bool awaitsFirstSave = true;
+    bool saved = false;
+    bool asked = false;
+};
+
 namespace {
 
-// The library frees what it is given, so these allocate as it does.
-char *copy(const char *text)
+/// Finds the session of a callback.
+template <typename T> T &self(SmPointer session)
 {
-    return strdup(text);
+    return *static_cast<T *>(session);
 }
 
-SessionManager &self(SmPointer manager)
+Status registerClient(SmsConn client, SmPointer, char *previousId)
 {
-    return *static_cast<SessionManager *>(manager);
+    std::free(previousId);
+    // The library frees the identity, and expects that it was allocated so.
+    SmsRegisterClientReply(client, strdup("1"));
+    // A new client is told to save once, right away.
+    SmsSaveYourself(client, SmSaveLocal, False, SmInteractStyleNone, False);
+    return True;
+}
+
+void setProperties(SmsConn, SmPointer, int count, SmProp **properties)
+{
+    for (int i = 0; i < count; ++i)
+        SmFreeProperty(properties[i]);
+    std::free(properties);
+}
+
+void deleteProperties(SmsConn, SmPointer, int count, char **names)
+{
+    for (int i = 0; i < count; ++i)
+        std::free(names[i]);
+    std::free(names);
+}
+
+template <typename Session>
+Status acceptClient(SmsConn client, SmPointer session, unsigned long *mask, SmsCallbacks *callbacks,
+                    char **)
+{
+    self<Session>(session).client = client;
+    *mask = SmsRegisterClientProcMask | SmsInteractRequestProcMask | SmsInteractDoneProcMask
+        | SmsSaveYourselfRequestProcMask | SmsSaveYourselfP2RequestProcMask
+        | SmsSaveYourselfDoneProcMask | SmsCloseConnectionProcMask | SmsSetPropertiesProcMask
+        | SmsDeletePropertiesProcMask | SmsGetPropertiesProcMask;
+    callbacks->register_client = {registerClient, session};
+    callbacks->interact_request = {[](SmsConn conn, SmPointer data, int) {
+                                       self<Session>(data).asked = true;
+                                       SmsInteract(conn);
+                                   },
+                                   session};
+    callbacks->interact_done = {[](SmsConn, SmPointer, Bool) {}, session};
+    callbacks->save_yourself_request
+        = {[](SmsConn, SmPointer, int, Bool, int, Bool, Bool) {}, session};
+    callbacks->save_yourself_phase2_request
+        = {[](SmsConn conn, SmPointer) { SmsSaveYourselfPhase2(conn); }, session};
+    callbacks->save_yourself_done
+        = {[](SmsConn conn, SmPointer data, Bool) {
+               if (std::exchange(self<Session>(data).awaitsFirstSave, false))
+                   SmsSaveComplete(conn);
+               else
+                   self<Session>(data).saved = true;
+           },
+           session};
+    callbacks->close_connection = {[](SmsConn conn, SmPointer data, int count, char **reasons) {
+                                       SmFreeReasons(count, reasons);
+                                       self<Session>(data).client = nullptr;
+                                       SmsCleanUp(conn);
+                                   },
+                                   session};
+    callbacks->set_properties = {setProperties, session};
+    callbacks->delete_properties = {deleteProperties, session};
+    callbacks->get_properties
+        = {[](SmsConn conn, SmPointer) { SmsReturnProperties(conn, 0, nullptr); }, session};
+    return True;
 }
 
 } // namespace
 
-SessionManager::SessionManager()
+SessionManager::SessionManager() : m_session(std::make_unique<Session>())
 {
     std::array<char, 256> error{};
     std::array<char, 8> vendor{"test"};
     std::array<char, 8> release{"1"};
-    // Whoever can reach the socket may take part: a bus for one test needs no cookies.
+    // Whoever reaches the socket may take part: a session of one test needs no cookies.
     const auto trustsEveryone = [](char *) -> Bool { return True; };
-    if (!SmsInitialize(vendor.data(), release.data(), acceptClient, this, trustsEveryone,
-                       error.size(), error.data())
-        || !IceListenForConnections(&m_listenerCount, &m_listeners, error.size(), error.data()))
+    if (!SmsInitialize(vendor.data(), release.data(), acceptClient<Session>, m_session.get(),
+                       trustsEveryone, error.size(), error.data())
+        || !IceListenForConnections(&m_session->listenerCount, &m_session->listeners, error.size(),
+                                    error.data()))
         qFatal("no session manager: %s", error.data());
-    char *addresses = IceComposeNetworkIdList(m_listenerCount, m_listeners);
-    m_address = QString::fromLocal8Bit(addresses);
+    char *addresses = IceComposeNetworkIdList(m_session->listenerCount, m_session->listeners);
+    m_session->address = QString::fromLocal8Bit(addresses);
     std::free(addresses);
 
-    for (int i = 0; i < m_listenerCount; ++i) {
-        IceListenObj listener = m_listeners[i];
+    for (int i = 0; i < m_session->listenerCount; ++i) {
+        IceListenObj listener = m_session->listeners[i];
         IceSetHostBasedAuthProc(listener, trustsEveryone);
         auto *incoming = new QSocketNotifier(IceGetListenConnectionNumber(listener),
                                              QSocketNotifier::Read, this);
@@ -51,107 +127,69 @@ SessionManager::SessionManager()
 
 SessionManager::~SessionManager()
 {
-    if (m_connection) {
-        IceSetShutdownNegotiation(m_connection, False);
-        IceCloseConnection(m_connection);
+    if (m_session->connection) {
+        IceSetShutdownNegotiation(m_session->connection, False);
+        IceCloseConnection(m_session->connection);
     }
-    IceFreeListenObjs(m_listenerCount, m_listeners);
+    IceFreeListenObjs(m_session->listenerCount, m_session->listeners);
 }
 
-void SessionManager::acceptConnection(IceListenObj listener)
+void SessionManager::acceptConnection(void *listener)
 {
     IceAcceptStatus status = IceAcceptSuccess;
-    m_connection = IceAcceptConnection(listener, &status);
-    if (!m_connection)
+    m_session->connection = IceAcceptConnection(static_cast<IceListenObj>(listener), &status);
+    if (!m_session->connection)
         qFatal("a client could not connect");
-    auto *messages
-        = new QSocketNotifier(IceConnectionNumber(m_connection), QSocketNotifier::Read, this);
+    auto *messages = new QSocketNotifier(IceConnectionNumber(m_session->connection),
+                                         QSocketNotifier::Read, this);
     connect(messages, &QSocketNotifier::activated, this, [this, messages] {
-        const auto result = IceProcessMessages(m_connection, nullptr, nullptr);
+        const auto result = IceProcessMessages(m_session->connection, nullptr, nullptr);
         if (result == IceProcessMessagesSuccess)
             return;
         messages->setEnabled(false);
         messages->deleteLater();
         if (result == IceProcessMessagesIOError) {
-            IceSetShutdownNegotiation(m_connection, False);
-            IceCloseConnection(m_connection);
+            IceSetShutdownNegotiation(m_session->connection, False);
+            IceCloseConnection(m_session->connection);
         }
-        m_connection = nullptr;
-        m_client = nullptr;
+        m_session->connection = nullptr;
+        m_session->client = nullptr;
     });
 }
 
-Status SessionManager::acceptClient(SmsConn client, SmPointer manager, unsigned long *mask,
-                                    SmsCallbacks *callbacks, char **)
+QString SessionManager::address() const
 {
-    self(manager).m_client = client;
-    *mask = SmsRegisterClientProcMask | SmsInteractRequestProcMask | SmsInteractDoneProcMask
-        | SmsSaveYourselfRequestProcMask | SmsSaveYourselfP2RequestProcMask
-        | SmsSaveYourselfDoneProcMask | SmsCloseConnectionProcMask | SmsSetPropertiesProcMask
-        | SmsDeletePropertiesProcMask | SmsGetPropertiesProcMask;
+    return m_session->address;
+}
 
-    callbacks->register_client
-        = {[](SmsConn conn, SmPointer, char *previousId) -> Status {
-               std::free(previousId);
-               SmsRegisterClientReply(conn, copy("1"));
-               // A new client is told to save once, right away.
-               SmsSaveYourself(conn, SmSaveLocal, False, SmInteractStyleNone, False);
-               return True;
-           },
-           manager};
-    callbacks->interact_request = {[](SmsConn conn, SmPointer data, int) {
-                                       self(data).m_asked = true;
-                                       SmsInteract(conn);
-                                   },
-                                   manager};
-    callbacks->interact_done = {[](SmsConn, SmPointer, Bool) {}, manager};
-    callbacks->save_yourself_request
-        = {[](SmsConn, SmPointer, int, Bool, int, Bool, Bool) {}, manager};
-    callbacks->save_yourself_phase2_request
-        = {[](SmsConn conn, SmPointer) { SmsSaveYourselfPhase2(conn); }, manager};
-    callbacks->save_yourself_done = {[](SmsConn conn, SmPointer data, Bool) {
-                                         if (!std::exchange(self(data).m_firstSave, false))
-                                             self(data).m_saved = true;
-                                         else
-                                             SmsSaveComplete(conn);
-                                     },
-                                     manager};
-    callbacks->close_connection = {[](SmsConn conn, SmPointer data, int count, char **reasons) {
-                                       SmFreeReasons(count, reasons);
-                                       self(data).m_client = nullptr;
-                                       SmsCleanUp(conn);
-                                   },
-                                   manager};
-    callbacks->set_properties = {[](SmsConn, SmPointer, int count, SmProp **properties) {
-                                     for (int i = 0; i < count; ++i)
-                                         SmFreeProperty(properties[i]);
-                                     std::free(properties);
-                                 },
-                                 manager};
-    callbacks->delete_properties = {[](SmsConn, SmPointer, int count, char **names) {
-                                        for (int i = 0; i < count; ++i)
-                                            std::free(names[i]);
-                                        std::free(names);
-                                    },
-                                    manager};
-    callbacks->get_properties
-        = {[](SmsConn conn, SmPointer) { SmsReturnProperties(conn, 0, nullptr); }, manager};
-    return True;
+bool SessionManager::hasClient() const
+{
+    return m_session->client && !m_session->awaitsFirstSave;
 }
 
 void SessionManager::beginEnd()
 {
-    m_saved = false;
-    m_asked = false;
-    SmsSaveYourself(m_client, SmSaveBoth, True, SmInteractStyleAny, False);
+    m_session->saved = false;
+    m_session->asked = false;
+    SmsSaveYourself(m_session->client, SmSaveBoth, True, SmInteractStyleAny, False);
+}
+
+bool SessionManager::isSaved() const
+{
+    return m_session->saved;
+}
+
+bool SessionManager::wasAsked() const
+{
+    return m_session->asked;
 }
 
 void SessionManager::cancelEnd()
 {
-    SmsShutdownCancelled(m_client);
+    SmsShutdownCancelled(m_session->client);
 }
 
 void SessionManager::completeEnd()
 {
-    SmsDie(m_client);
+    SmsDie(m_session->client);
 }
