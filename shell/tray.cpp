@@ -60,6 +60,8 @@ void LumetraWindow::showTrayIcon(QMenu *menu)
 
 void LumetraWindow::openWindow()
 {
+    // A minimised window counts as shown, and would stay where it is.
+    setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
     activateWindow();

@@ -86,10 +86,14 @@ QList<ManagedWindow> Screen::windows(qint64 pid)
     for (const xcb_window_t id : ids) {
         if (!belongsTo(id, pid))
             continue;
-        ManagedWindow window{id, QString::fromUtf8(property(id, "_NET_WM_NAME")), geometry(id), {}};
+        ManagedWindow window{
+            id, QString::fromUtf8(property(id, "_NET_WM_NAME")), geometry(id), {}, {}};
         const auto states = values<xcb_atom_t>(id, "_NET_WM_STATE");
         for (const xcb_atom_t state : states)
             window.states.append(atomName(state).remove(u"_NET_WM_STATE_"_s));
+        const auto types = values<xcb_atom_t>(id, "_NET_WM_WINDOW_TYPE");
+        for (const xcb_atom_t type : types)
+            window.types.append(atomName(type));
         found.append(window);
     }
     return found;

@@ -14,6 +14,7 @@ struct ManagedWindow
     QString title;
     QRect geometry; ///< on the screen
     QStringList states; ///< _NET_WM_STATE, without that prefix
+    QStringList types; ///< _NET_WM_WINDOW_TYPE, whole names
 
     bool isShown() const { return id != XCB_WINDOW_NONE && !isMinimized(); }
     bool isMaximized() const
