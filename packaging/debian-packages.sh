@@ -40,6 +40,7 @@ test_packages=(
     libsm-dev
     procps
     shellcheck
+    weston # a Wayland compositor that runs on an X server
     wine
     wine64
 )

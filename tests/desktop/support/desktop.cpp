@@ -18,9 +18,11 @@ Desktop::Desktop(Part part) : m_environment(QProcessEnvironment::systemEnvironme
          {u"SESSION_MANAGER"_s, u"WAYLAND_DISPLAY"_s, u"XDG_CURRENT_DESKTOP"_s})
         m_environment.remove(name);
 
-    m_manager.setProcessEnvironment(m_environment);
-    m_manager.startAndReadLine(u"openbox"_s,
-                               {u"--sm-disable"_s, u"--startup"_s, u"echo managing"_s});
+    if (part != NoWindowManager) {
+        m_manager.setProcessEnvironment(m_environment);
+        m_manager.startAndReadLine(u"openbox"_s,
+                                   {u"--sm-disable"_s, u"--startup"_s, u"echo managing"_s});
+    }
     if (part != NoBus) {
         m_busAddress = QString::fromLatin1(m_bus.startAndReadLine(
             u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s}));

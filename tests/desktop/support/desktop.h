@@ -17,6 +17,7 @@ public:
     enum Part {
         Everything,
         NoBus, ///< programs are told that there is no session bus
+        NoWindowManager,
     };
     explicit Desktop(Part part = Everything);
     ~Desktop();

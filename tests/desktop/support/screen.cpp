@@ -121,17 +121,38 @@ QRect Screen::menu(qint64 pid)
     return topmost;
 }
 
-QColor Screen::colourAt(QPoint position)
+QImage Screen::picture(QRect area)
 {
     const auto cookie = xcb_get_image(
-        m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, static_cast<std::int16_t>(position.x()),
-        static_cast<std::int16_t>(position.y()), 1, 1, ~std::uint32_t{0});
-    const XcbReply<xcb_get_image_reply_t> image(xcb_get_image_reply(m_connection, cookie, nullptr));
-    if (!image)
+        m_connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_root, static_cast<std::int16_t>(area.x()),
+        static_cast<std::int16_t>(area.y()), static_cast<std::uint16_t>(area.width()),
+        static_cast<std::uint16_t>(area.height()), ~std::uint32_t{0});
+    const XcbReply<xcb_get_image_reply_t> reply(xcb_get_image_reply(m_connection, cookie, nullptr));
+    if (!reply)
         return {};
-    QRgb pixel = 0;
-    std::memcpy(&pixel, xcb_get_image_data(image.get()), sizeof pixel);
-    return QColor(pixel);
+    return QImage(xcb_get_image_data(reply.get()), area.width(), area.height(),
+                  QImage::Format_RGB32)
+        .copy();
+}
+
+QColor Screen::colourAt(QPoint position)
+{
+    const QImage pixel = picture({position, QSize(1, 1)});
+    return pixel.isNull() ? QColor() : pixel.pixelColor(0, 0);
+}
+
+QRect Screen::boundsOf(QColor colour)
+{
+    const QImage screen = picture(geometry(m_root));
+    QRect bounds;
+    for (int y = 0; y < screen.height(); ++y) {
+        const auto *line = reinterpret_cast<const QRgb *>(screen.constScanLine(y));
+        for (int x = 0; x < screen.width(); ++x) {
+            if ((line[x] | 0xff000000) == colour.rgb())
+                bounds |= QRect(x, y, 1, 1);
+        }
+    }
+    return bounds;
 }
 
 void Screen::askToClose(xcb_window_t window)

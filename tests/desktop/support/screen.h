@@ -2,6 +2,7 @@
 
 #include <QColor>
 #include <QHash>
+#include <QImage>
 #include <QRect>
 #include <QStringList>
 
@@ -40,7 +41,11 @@ public:
     xcb_window_t activeWindow();
     /// Geometry of a process's topmost menu, which is no managed window; empty when there is none.
     QRect menu(qint64 pid);
+    /// What an area of the screen shows; null when it is not within the screen.
+    QImage picture(QRect area);
     QColor colourAt(QPoint position);
+    /// The smallest rectangle that has all of the screen's pixels of that colour.
+    QRect boundsOf(QColor colour);
     /// Asks a window to close, as a window manager's button does.
     void askToClose(xcb_window_t window);
 
