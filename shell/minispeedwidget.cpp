@@ -5,19 +5,42 @@
 #include "shell/theme.h"
 #include "shell/windowdrag.h"
 
+#include <QBitmap>
 #include <QFrame>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
+#include <QPainter>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
+
+namespace {
+
+/// Every pixel that the sheet's rounded frame touches.
+QBitmap frameShape(QSize size)
+{
+    constexpr int radius = 14;
+    QImage frame(size, QImage::Format_ARGB32_Premultiplied);
+    frame.fill(Qt::transparent);
+    QPainter painter(&frame);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::black);
+    painter.drawRoundedRect(QRect(QPoint(), size), radius, radius);
+    painter.end();
+    return QBitmap::fromImage(frame.createMaskFromColor(qRgba(0, 0, 0, 0), Qt::MaskInColor));
+}
+
+} // namespace
 
 MiniSpeedWidget::MiniSpeedWidget()
 {
     setWindowFlags(Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint);
     setAttribute(Qt::WA_TranslucentBackground);
     setFixedSize(220, 92);
+    // Without a compositor what is transparent would be black.
+    setMask(frameShape(size()));
 
     auto *shell = new QFrame(this);
     shell->setObjectName("miniShell"_L1);

@@ -43,6 +43,26 @@ private Q_SLOTS:
         QCOMPARE(mini.findChild<QLabel *>(u"miniTitle"_s)->text(), u"Tovan Mini"_s);
     }
 
+    void itsShapeIsWhatItPaintsAndNoMore()
+    {
+        MiniSpeedWidget mini;
+        mini.show();
+        QImage image(mini.size(), QImage::Format_ARGB32);
+        image.fill(Qt::transparent);
+        mini.clearMask(); // which would hide what lies outside
+        mini.render(&image, {}, {}, QWidget::DrawChildren);
+        const QRegion shape = MiniSpeedWidget().mask();
+        for (int y = 0; y < image.height(); ++y) {
+            for (int x = 0; x < image.width(); ++x) {
+                const QPoint pixel(x, y);
+                if (image.pixelColor(pixel).alpha() > 0)
+                    QVERIFY2(shape.contains(pixel), qPrintable(u"%1, %2"_s.arg(x).arg(y)));
+            }
+        }
+        for (const QPoint corner : {QPoint(0, 0), {219, 0}, {0, 91}, {219, 91}})
+            QVERIFY(!shape.contains(corner + (mini.rect().center() - corner) / 64));
+    }
+
     void beforeTheFirstTickTheRatesAreZero()
     {
         const MiniSpeedWidget mini;
