@@ -58,7 +58,9 @@ void AlertBalloonsTest::noAlertIsNotifiedWhileAlertsAreOff()
     fixture.window().close();
     QList<DesktopNotification> notifications;
     QTRY_VERIFY(!(notifications += m_desktop.takeNotifications()).isEmpty());
-    QCOMPARE(notifications.first().title, u"Still watching your usage"_s);
+    const DesktopNotification expected{u"dialog-information"_s, u"Still watching your usage"_s,
+                                       u"Tovan is running in the background."_s, 2500};
+    QCOMPARE(notifications, QList{expected});
 }
 
 int main(int argc, char *argv[])
