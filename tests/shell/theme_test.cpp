@@ -217,6 +217,26 @@ private Q_SLOTS:
         QCOMPARE(mini.styleSheet(), miniStyleSheet());
     }
 
+    void labelsThatTheSheetDoesNotReachWearTheirOwn()
+    {
+        WindowFixture fixture;
+        fixture.open();
+        fixture.tick();
+        QCOMPARE(fixture.labelStarting(u"Select an app"_s)->styleSheet(), u"color:#e8eefc;"_s);
+        QCOMPARE(fixture.labelStarting(u"Applications: "_s)->styleSheet(),
+                 u"background:#0e1324; border-top:1px solid #26324a; padding:5px 8px; "
+                 "color:#d8e1f5;"_s);
+        const auto badges = fixture.window().findChildren<QFrame *>(u"badge"_s);
+        QCOMPARE(badges.size(), 2);
+        for (const QFrame *badge : badges) {
+            const auto labels = badge->findChildren<QLabel *>();
+            QCOMPARE(labels.size(), 2);
+            QCOMPARE(labels.at(0)->styleSheet(), u"background:#ff9f8a; border-radius:5px;"_s);
+            QCOMPARE(labels.at(0)->size(), QSize(10, 10));
+            QCOMPARE(labels.at(1)->objectName(), u"badgeText"_s);
+        }
+    }
+
     void pausingTurnsOnlyItsButtonRed()
     {
         WindowFixture fixture;
