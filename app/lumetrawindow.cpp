@@ -67,6 +67,12 @@ LumetraWindow::~LumetraWindow()
 
 void LumetraWindow::closeEvent(QCloseEvent *event)
 {
+    // What is being typed into a cell counts, as when the focus goes elsewhere.
+    for (QTableWidget *table : {appsTable, rulesTable}) {
+        if (table && table->viewport()->isAncestorOf(focusWidget()))
+            table->setFocus(Qt::OtherFocusReason);
+    }
+
     if (settings.closeToTray && !quitting) {
         hide();
         if (trayIcon) {

@@ -18,6 +18,7 @@ constexpr QPoint rulesButton(94, 245);
 constexpr QPoint rulesFilter(527, 142);
 constexpr QPoint firstRule(500, 218);
 constexpr QPoint firstDownloadLimit(977, 218);
+const QColor editorColour(0x09, 0x0d, 0x19);
 
 /// A desktop with a tray, and the program on it with its icon there.
 struct Running
@@ -206,14 +207,15 @@ void ClosingTest::aWindowWithAnOpenEditorIsClosed()
 {
     Running running([](AppSettings &settings) { settings.closeToTray = false; });
     running.openRule();
-    // The row is there once its cell can be edited.
-    running.program.click(firstDownloadLimit);
+    const QPoint cell = running.program.window().geometry.topLeft() + firstDownloadLimit;
+    QVERIFY(QTest::qWaitFor([&] {
+        running.program.click(firstDownloadLimit); // until the row is there
+        return running.desktop.screen().colourAt(cell - QPoint(26, 8)) == editorColour;
+    }));
+    const QRect text(cell - QPoint(20, 8), QSize(40, 16));
+    const QImage before = running.desktop.screen().picture(text);
     running.desktop.act(u"key ctrl+a type 123"_s);
-    running.desktop.act(u"key Return"_s);
-    QTRY_COMPARE(running.program.stored().rules.value(u"application"_s).dlKbps, 123);
-
-    running.program.click(firstDownloadLimit);
-    running.desktop.act(u"key ctrl+a type 456"_s);
+    QTRY_VERIFY(running.desktop.screen().picture(text) != before);
     running.desktop.screen().askToClose(running.program.window().id);
     QVERIFY(running.program.endsWell());
     QCOMPARE(running.program.stored().rules.value(u"application"_s).dlKbps, 123);

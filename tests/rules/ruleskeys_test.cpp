@@ -141,6 +141,14 @@ private Q_SLOTS:
         QCOMPARE(cell(u"app2"_s, DlKbps), u"77"_s);
     }
 
+    void closingTheWindowCommits()
+    {
+        retype(clickIntoCell(table, 1, DlKbps), u"77"_s);
+        fixture->tick();
+        fixture->window().close();
+        QCOMPARE(cell(u"app2"_s, DlKbps), u"77"_s);
+    }
+
     void theKeyboardGoesThroughTheCheckBoxes()
     {
         retype(clickIntoCell(table, 1, Priority), u"Low"_s);

@@ -56,6 +56,8 @@ template <typename T> QList<T> Screen::values(xcb_window_t window, const QByteAr
 {
     const QByteArray bytes = property(window, name);
     QList<T> values(bytes.size() / static_cast<qsizetype>(sizeof(T)));
+    if (values.isEmpty())
+        return values; // has no data to copy to
     std::memcpy(values.data(), bytes.constData(),
                 static_cast<std::size_t>(values.size()) * sizeof(T));
     return values;

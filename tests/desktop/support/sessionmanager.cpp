@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <cstring>
 #include <utility>
 
 // Last, for its macros.
@@ -33,8 +32,8 @@ template <typename T> T &self(SmPointer session)
 Status registerClient(SmsConn client, SmPointer, char *previousId)
 {
     std::free(previousId);
-    // The library frees the identity, and expects that it was allocated so.
-    SmsRegisterClientReply(client, strdup("1"));
+    std::array<char, 2> identity{"1"};
+    SmsRegisterClientReply(client, identity.data());
     // A new client is told to save once, right away.
     SmsSaveYourself(client, SmSaveLocal, False, SmInteractStyleNone, False);
     return True;
@@ -127,10 +126,8 @@ SessionManager::SessionManager() : m_session(std::make_unique<Session>())
 
 SessionManager::~SessionManager()
 {
-    if (m_session->connection) {
-        IceSetShutdownNegotiation(m_session->connection, False);
-        IceCloseConnection(m_session->connection);
-    }
+    if (m_session->connection)
+        closeConnection();
     IceFreeListenObjs(m_session->listenerCount, m_session->listeners);
 }
 
@@ -148,13 +145,19 @@ void SessionManager::acceptConnection(void *listener)
             return;
         messages->setEnabled(false);
         messages->deleteLater();
-        if (result == IceProcessMessagesIOError) {
-            IceSetShutdownNegotiation(m_session->connection, False);
-            IceCloseConnection(m_session->connection);
-        }
+        if (result == IceProcessMessagesIOError)
+            closeConnection();
         m_session->connection = nullptr;
         m_session->client = nullptr;
     });
+}
+
+void SessionManager::closeConnection()
+{
+    if (m_session->client)
+        SmsCleanUp(std::exchange(m_session->client, nullptr));
+    IceSetShutdownNegotiation(m_session->connection, False);
+    IceCloseConnection(std::exchange(m_session->connection, nullptr));
 }
 
 QString SessionManager::address() const

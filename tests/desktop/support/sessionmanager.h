@@ -29,6 +29,7 @@ private:
     struct Session;
 
     void acceptConnection(void *listener);
+    void closeConnection();
 
     std::unique_ptr<Session> m_session;
 };
