@@ -9,16 +9,6 @@ namespace {
 
 constexpr qulonglong gigabyte = 1024ULL * 1024 * 1024;
 
-QTimer *sampleTimer(const QMainWindow &window)
-{
-    const auto timers = window.findChildren<QTimer *>(Qt::FindDirectChildrenOnly);
-    for (QTimer *timer : timers) {
-        if (!timer->isSingleShot())
-            return timer;
-    }
-    qFatal("the window has no sampling timer");
-}
-
 } // namespace
 
 /// What the running window does when settings are applied or data is cleared.
@@ -50,7 +40,7 @@ void ControlCenterEffectsTest::theTimerRunsAtTheNewIntervalAtOnce()
     open();
     type(u"Refresh (ms)"_s, u"100"_s);
     apply();
-    const QTimer *timer = sampleTimer(m_fixture->window());
+    const QTimer *timer = sampleTimer();
     QCOMPARE(timer->interval(), 250);
     QVERIFY(timer->isActive());
 }
@@ -157,7 +147,7 @@ void ControlCenterEffectsTest::theProfileBoxAppliesAtOnce()
     open();
     choose(u"Profile"_s, u"Gaming"_s);
     QCOMPARE(WindowFixture::stored(u"currentProfile"_s), u"Gaming"_s);
-    QCOMPARE(sampleTimer(m_fixture->window())->interval(), 500);
+    QCOMPARE(sampleTimer()->interval(), 500);
     QCOMPARE(m_fixture->toast(), u"Profile applied: Gaming"_s);
     QVERIFY(m_fixture->labelStarting(u"Active profile: Gaming / "_s));
 }
