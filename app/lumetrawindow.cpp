@@ -1,6 +1,7 @@
 #include "app/lumetrawindow.h"
 
 #include "dashboard/icons.h"
+#include "rules/celltable.h"
 #include "sampling/systemqueries.h"
 #include "shell/minispeedwidget.h"
 
@@ -10,7 +11,6 @@
 #include <QLabel>
 #include <QPushButton>
 #include <QSystemTrayIcon>
-#include <QTableWidget>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;

@@ -14,7 +14,7 @@
 #include <memory>
 #include <set>
 
-class CellDelegate;
+class CellTable;
 class MiniSpeedWidget;
 class QAction;
 class QCheckBox;
@@ -28,7 +28,6 @@ class QMenuBar;
 class QPushButton;
 class QStackedWidget;
 class QSystemTrayIcon;
-class QTableWidget;
 class QTableWidgetItem;
 class QTimer;
 class SystemQueries;
@@ -157,8 +156,7 @@ private:
                        const QString &action);
 
     RuleMap rules;
-    QTableWidget *rulesTable = nullptr;
-    CellDelegate *rulesCells = nullptr; ///< the rules table's delegate
+    CellTable *rulesTable = nullptr;
     QString rulesFilterText; ///< trimmed text of the page's search field
     QString rulesFilterMode = QStringLiteral("All"); ///< "All", "Blocked" or "Limited"
     bool fillingRulesTable = false; ///< the table's own changes are no edits of the user
@@ -201,7 +199,7 @@ private:
     QLabel *uploadValue = nullptr;
     QLabel *activeAppsValue = nullptr;
     QLabel *monthValue = nullptr;
-    QTableWidget *appsTable = nullptr;
+    CellTable *appsTable = nullptr;
     QLabel *infoHeading = nullptr;
     QLabel *infoDetails = nullptr;
     QLabel *sessionLabel = nullptr;

@@ -2,11 +2,11 @@
 
 #include "app/formatting.h"
 #include "dashboard/appsfilter.h"
+#include "rules/celltable.h"
 #include "rules/tablecells.h"
 
 #include <QLabel>
 #include <QScopedValueRollback>
-#include <QTableWidget>
 
 #include <algorithm>
 

@@ -2,8 +2,7 @@
 
 #include "dashboard/icons.h"
 #include "dashboard/ratelabel.h"
-#include "rules/celldelegate.h"
-#include "rules/checkboxclicks.h"
+#include "rules/celltable.h"
 #include "settings/profiles.h"
 #include "shell/darkcombobox.h"
 #include "shell/namedwidgets.h"
@@ -19,7 +18,6 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QStyle>
-#include <QTableWidget>
 #include <QVBoxLayout>
 
 #include <array>
@@ -254,25 +252,9 @@ QFrame *LumetraWindow::buildQuickFilters()
 
 void LumetraWindow::buildAppsTable()
 {
-    appsTable = new QTableWidget(0, 8);
-    appsTable->setHorizontalHeaderLabels({u"Name"_s, u"DL Rate"_s, u"UL Rate"_s, u"Priority"_s,
-                                          u"DL Limit"_s, u"UL Limit"_s, u"Block"_s, u"Sockets"_s});
-    appsTable->verticalHeader()->hide();
+    appsTable = new CellTable({u"Name"_s, u"DL Rate"_s, u"UL Rate"_s, u"Priority"_s, u"DL Limit"_s,
+                               u"UL Limit"_s, u"Block"_s, u"Sockets"_s});
     appsTable->verticalHeader()->setDefaultSectionSize(settings.compactMode ? 22 : 30);
-    appsTable->setAlternatingRowColors(true);
-    appsTable->setWordWrap(false);
-    appsTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    appsTable->setEditTriggers(QAbstractItemView::AllEditTriggers);
-    appsTable->setContextMenuPolicy(Qt::CustomContextMenu);
-    QHeaderView *header = appsTable->horizontalHeader();
-    header->setStretchLastSection(false);
-    header->setSectionResizeMode(QHeaderView::ResizeToContents);
-    header->setSectionResizeMode(0, QHeaderView::Stretch);
-
-    useSlimScrollBars(*appsTable);
-
-    new CellDelegate(appsTable);
-    new CheckBoxClicks(appsTable);
     connect(appsTable, &QTableWidget::currentCellChanged, this,
             [this](int row) { showDetails(row); });
     connect(appsTable, &QTableWidget::customContextMenuRequested, this,

@@ -1,10 +1,10 @@
 #include "app/lumetrawindow.h"
 
+#include "rules/celltable.h"
 #include "sampling/connections.h"
 #include "sampling/systemqueries.h"
 
 #include <QLabel>
-#include <QTableWidget>
 
 #include <algorithm>
 

@@ -1,8 +1,7 @@
 #include "app/lumetrawindow.h"
 
 #include "app/formatting.h"
-
-#include <QTableWidget>
+#include "rules/celltable.h"
 
 #include <array>
 

@@ -1,9 +1,9 @@
 #include "app/lumetrawindow.h"
 
+#include "rules/celltable.h"
 #include "rules/tablecells.h"
 
 #include <QMenu>
-#include <QTableWidget>
 
 using namespace Qt::StringLiterals;
 

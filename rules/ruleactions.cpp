@@ -1,9 +1,9 @@
 #include "app/lumetrawindow.h"
 
+#include "rules/celltable.h"
 #include "rules/tablecells.h"
 
 #include <QLabel>
-#include <QTableWidget>
 
 using namespace Qt::StringLiterals;
 

@@ -1,19 +1,16 @@
 #include "app/lumetrawindow.h"
 
 #include "rules/celldelegate.h"
-#include "rules/checkboxclicks.h"
+#include "rules/celltable.h"
 #include "rules/ruleslist.h"
 #include "rules/tablecells.h"
 #include "shell/badge.h"
 #include "shell/namedwidgets.h"
-#include "shell/slimscrollbar.h"
 
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QScopedValueRollback>
-#include <QTableWidget>
 #include <QVBoxLayout>
 
 #include <array>
@@ -111,21 +108,8 @@ QWidget *LumetraWindow::buildRulesPage()
 
 void LumetraWindow::buildRulesTable()
 {
-    rulesTable = new QTableWidget(0, 8);
-    rulesTable->setHorizontalHeaderLabels({u"Application"_s, u"Priority"_s, u"DL"_s, u"UL"_s,
-                                           u"Block"_s, u"DL KB/s"_s, u"UL KB/s"_s, u"Sockets"_s});
-    rulesTable->verticalHeader()->hide();
-    rulesTable->setAlternatingRowColors(true);
-    rulesTable->setWordWrap(false);
-    rulesTable->setSelectionBehavior(QAbstractItemView::SelectRows);
-    rulesTable->setEditTriggers(QAbstractItemView::AllEditTriggers);
-    rulesTable->setContextMenuPolicy(Qt::CustomContextMenu);
-    rulesTable->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    rulesTable->horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
-    useSlimScrollBars(*rulesTable);
-    rulesCells = new CellDelegate(rulesTable);
-    new CheckBoxClicks(rulesTable);
-
+    rulesTable = new CellTable({u"Application"_s, u"Priority"_s, u"DL"_s, u"UL"_s, u"Block"_s,
+                                u"DL KB/s"_s, u"UL KB/s"_s, u"Sockets"_s});
     connect(rulesTable, &QTableWidget::customContextMenuRequested, this,
             [this](QPoint position) { showRulesTableMenu(position); });
     connect(rulesTable, &QTableWidget::itemChanged, this,
@@ -140,7 +124,8 @@ void LumetraWindow::refreshRulesTable()
 
     const QList<ListedRule> listed
         = listedRules(samples, rules, {rulesFilterMode, rulesFilterText});
-    const QString heldName = rulesCells->hold();
+    CellDelegate &cells = rulesTable->cells();
+    const QString heldName = cells.hold();
     int heldRow = -1;
     rulesTable->clearContents();
     rulesTable->setRowCount(static_cast<int>(std::max<qsizetype>(listed.size(), 1)));
@@ -154,7 +139,7 @@ void LumetraWindow::refreshRulesTable()
                 heldRow = row;
         }
     }
-    rulesCells->restore(heldRow);
+    cells.restore(heldRow);
 }
 
 void LumetraWindow::clearAllRules()

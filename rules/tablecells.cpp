@@ -3,6 +3,8 @@
 #include <QIcon>
 #include <QTableWidget>
 
+#include <algorithm>
+
 namespace {
 
 /// Whether two cells, each of which may have no item, cannot be told apart by who sees them.
@@ -49,37 +51,47 @@ CellFilling::~CellFilling()
 {
     modelBlocker.unblock();
     QAbstractItemModel &model = *table.model();
-    const std::vector<Rows> changes = changedRows();
-    for (const Rows &rows : changes) {
-        Q_EMIT model.dataChanged(model.index(rows.first, 0),
-                                 model.index(rows.last, model.columnCount() - 1));
+    for (const Cells &cells : changes()) {
+        Q_EMIT model.dataChanged(model.index(cells.firstRow, cells.columns.first),
+                                 model.index(cells.lastRow, cells.columns.last));
     }
 }
 
-std::vector<CellFilling::Rows> CellFilling::changedRows() const
+CellFilling::Columns CellFilling::changedColumns(int row) const
 {
-    // More runs would cost more in layouts than the rows between them do in painting. The first is
-    // most often the machine's row alone; the second takes in all that follow.
-    constexpr std::size_t mostRuns = 2;
-    const auto hasChanged = [this](int row) {
-        for (int column = 0; column < table.columnCount(); ++column) {
-            const auto old
-                = static_cast<std::size_t>(row) * oldColumns + static_cast<std::size_t>(column);
-            if (old >= oldItems.size() || !looksAlike(oldItems[old].get(), table.item(row, column)))
-                return true;
-        }
-        return false;
-    };
-    std::vector<Rows> changes;
-    for (int row = 0; row < table.rowCount(); ++row) {
-        if (!hasChanged(row))
+    Columns changed{table.columnCount(), -1};
+    for (int column = 0; column < table.columnCount(); ++column) {
+        const auto place
+            = static_cast<std::size_t>(row) * oldColumns + static_cast<std::size_t>(column);
+        const QTableWidgetItem *old = place < oldItems.size() ? oldItems[place].get() : nullptr;
+        if (looksAlike(old, table.item(row, column)))
             continue;
-        if (!changes.empty() && (changes.back().last == row - 1 || changes.size() == mostRuns))
-            changes.back().last = row;
-        else
-            changes.push_back({row, row});
+        changed.first = std::min(changed.first, column);
+        changed.last = column;
     }
-    return changes;
+    return changed;
+}
+
+std::vector<CellFilling::Cells> CellFilling::changes() const
+{
+    // More ranges would cost more in layouts than the cells between them do in painting. The first
+    // is most often in the machine's row alone; the second takes in all that follow.
+    constexpr std::size_t mostRanges = 2;
+    std::vector<Cells> ranges;
+    for (int row = 0; row < table.rowCount(); ++row) {
+        const Columns columns = changedColumns(row);
+        if (columns.last < columns.first)
+            continue;
+        if (ranges.empty() || (ranges.back().lastRow != row - 1 && ranges.size() < mostRanges)) {
+            ranges.push_back({row, row, columns});
+            continue;
+        }
+        Cells &range = ranges.back();
+        range.lastRow = row;
+        range.columns.first = std::min(range.columns.first, columns.first);
+        range.columns.last = std::max(range.columns.last, columns.last);
+    }
+    return ranges;
 }
 
 QString applicationInRow(const QTableWidget &table, int row)

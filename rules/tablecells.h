@@ -26,10 +26,10 @@ private:
 };
 
 /// While it lives, the table's cells are empty, to be filled anew, and its view does not hear of
-/// that; at its end the view hears of the rows that show something else than before. For each
+/// that; at its end the view hears of the cells that show something else than before. For each
 /// change that it hears of it lays out all columns that follow their contents, which takes time
-/// with the square of the rows; and it paints what it hears of, which takes longer than all else in
-/// a tick.
+/// with the square of the rows; and it measures and paints what it hears of, which takes longer
+/// than all else in a tick.
 class CellFilling
 {
 public:
@@ -38,14 +38,22 @@ public:
     Q_DISABLE_COPY_MOVE(CellFilling)
 
 private:
-    struct Rows
+    struct Columns
     {
         int first;
-        int last;
+        int last; ///< below `first` when there is none
+    };
+    struct Cells
+    {
+        int firstRow;
+        int lastRow;
+        Columns columns;
     };
 
-    /// The few runs of rows that all changes are in.
-    std::vector<Rows> changedRows() const;
+    /// From the first to the last cell of a row that shows something else than before.
+    Columns changedColumns(int row) const;
+    /// The few ranges that all changes are in.
+    std::vector<Cells> changes() const;
 
     QTableWidget &table;
     QSignalBlocker modelBlocker;

@@ -1,6 +1,7 @@
 #include "app/lumetrawindow.h"
 
 #include "app/formatting.h"
+#include "rules/celltable.h"
 #include "settings/profiles.h"
 #include "shell/minispeedwidget.h"
 
@@ -11,7 +12,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTableWidget>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;

@@ -43,6 +43,19 @@ public:
         return painted;
     }
 
+    /// Columns of which some part was painted, in any row.
+    QList<int> columns() const
+    {
+        QList<int> painted;
+        for (int column = 0; column < table->columnCount(); ++column) {
+            const int middle
+                = table->columnViewportPosition(column) + table->columnWidth(column) / 2;
+            if (region.intersects(QRect(middle, 0, 1, table->viewport()->height())))
+                painted.append(column);
+        }
+        return painted;
+    }
+
     bool eventFilter(QObject *, QEvent *event) override
     {
         if (event->type() == QEvent::Paint)
@@ -301,6 +314,7 @@ private Q_SLOTS:
         const PaintedCells painted(fixture.appsTable());
         fixture.tick();
         QTRY_COMPARE(painted.rows(), QList{2});
+        QCOMPARE(painted.columns(), QList{3});
     }
 
     void longNamesDoNotWidenTheWindow()

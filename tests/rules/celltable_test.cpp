@@ -1,0 +1,124 @@
+#include "rules/celltable.h"
+#include "rules/tablecells.h"
+
+#include <QtTest>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+constexpr int textColumn = 1;
+
+/// Fills the table anew as a refresh does: a row for each text.
+void fill(CellTable &table, const QStringList &texts)
+{
+    const auto rows = static_cast<int>(texts.size());
+    table.setRowCount(rows);
+    const CellFilling quietly(table);
+    for (int row = 0; row < rows; ++row) {
+        for (int column = 0; column < table.columnCount(); ++column) {
+            const QString text = column == textColumn ? texts.at(row) : u"same"_s;
+            table.setItem(row, column, new QTableWidgetItem(text));
+        }
+    }
+}
+
+} // namespace
+
+/// The widths of columns that follow their contents.
+class CellTableTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init()
+    {
+        table = std::make_unique<CellTable>(headers);
+        table->resize(900, 300);
+        table->show();
+        QVERIFY(QTest::qWaitForWindowExposed(table.get()));
+        fill(*table, {u"a"_s, u"a middling text"_s});
+        awaitWidthOf({u"a"_s, u"a middling text"_s});
+    }
+
+    void cleanup() { table.reset(); }
+
+    void aColumnFollowsATextThatBecomesLonger()
+    {
+        const QStringList texts{u"a"_s, u"a text that is longer than before"_s};
+        fill(*table, texts);
+        awaitWidthOf(texts);
+    }
+
+    void aColumnFollowsTextsThatBecomeShorter()
+    {
+        const QStringList texts{u"a"_s, u"b"_s};
+        fill(*table, texts);
+        awaitWidthOf(texts);
+    }
+
+    void aColumnFollowsACellOfItsOwn()
+    {
+        table->item(0, textColumn)->setText(u"a text that is typed into a cell"_s);
+        awaitWidthOf({u"a text that is typed into a cell"_s});
+    }
+
+    void aColumnFollowsTheEndOfItsWidestRow()
+    {
+        table->setRowCount(1);
+        table->item(0, 2)->setText(u"other"_s); // the toolkit waits for a cell that changes
+        awaitWidthOf({u"a"_s});
+    }
+
+    void aColumnFollowsAClearedTable()
+    {
+        table->clearContents();
+        awaitWidthOf({});
+    }
+
+    void aColumnFollowsTheFont()
+    {
+        const int before = table->columnWidth(textColumn);
+        QFont font = table->font();
+        font.setPointSize(font.pointSize() * 2);
+        table->setFont(font);
+        QTRY_VERIFY(table->columnWidth(textColumn) > before * 3 / 2);
+    }
+
+    void otherColumnsStayAsWideAsTheyAre()
+    {
+        const int before = table->columnWidth(2);
+        fill(*table, {u"a text that is longer than before"_s});
+        awaitWidthOf({u"a text that is longer than before"_s});
+        QCOMPARE(table->columnWidth(2), before);
+    }
+
+private:
+    void awaitWidthOf(const QStringList &texts)
+    {
+        const int width = widthOf(texts);
+        QTRY_COMPARE(table->columnWidth(textColumn), width);
+    }
+
+    /// Width of the column in a table that never showed anything else.
+    static int widthOf(const QStringList &texts)
+    {
+        CellTable fresh(headers);
+        fresh.resize(900, 300);
+        fresh.show();
+        fill(fresh, texts);
+        // The header is done when a turn of the event loop changes nothing more.
+        int width = -1;
+        while (width != fresh.columnWidth(textColumn)) {
+            width = fresh.columnWidth(textColumn);
+            QTest::qWait(0);
+        }
+        return width;
+    }
+
+    static inline const QStringList headers{u"Name"_s, u"T"_s, u"O"_s};
+    std::unique_ptr<CellTable> table;
+};
+
+QTEST_MAIN(CellTableTest)
+#include "celltable_test.moc"
