@@ -1,6 +1,7 @@
 #pragma once
 
 #include "rules/apprule.h"
+#include "rules/ruleslist.h"
 #include "sampling/appsample.h"
 #include "sampling/traffic.h"
 #include "settings/appsettings.h"
@@ -12,6 +13,7 @@
 #include <QMap>
 
 #include <memory>
+#include <optional>
 #include <set>
 
 class CellTable;
@@ -143,7 +145,8 @@ private:
     void rulesTableItemChanged(QTableWidgetItem *item);
     QWidget *buildRulesPage();
     void buildRulesTable();
-    /// Rebuilds the table from rules and samples. An open cell editor is carried over.
+    /// Rebuilds the table from rules and samples. An open cell editor is carried over. Where nobody
+    /// can tell whether it was rebuilt, it is not.
     void refreshRulesTable();
     void clearAllRules();
     /// Menus of the two tables; `position` in the table's viewport.
@@ -160,6 +163,7 @@ private:
     QString rulesFilterText; ///< trimmed text of the page's search field
     QString rulesFilterMode = QStringLiteral("All"); ///< "All", "Blocked" or "Limited"
     bool fillingRulesTable = false; ///< the table's own changes are no edits of the user
+    std::optional<RulesContents> rulesTableContents; ///< no value when a cell was edited since
 
     // dashboard/ ------------------------------------------------------------------------------
     QWidget *buildDashboardPage();

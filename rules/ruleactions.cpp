@@ -86,6 +86,7 @@ void LumetraWindow::rulesTableItemChanged(QTableWidgetItem *item)
 {
     if (fillingRulesTable || !item)
         return;
+    rulesTableContents.reset();
     const QString appName = applicationInRow(*rulesTable, item->row());
     if (!isRuleTarget(appName))
         return;

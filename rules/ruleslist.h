@@ -23,6 +23,15 @@ struct ListedRule
     bool operator==(const ListedRule &) const = default;
 };
 
+/// All that the table's cells are made of.
+struct RulesContents
+{
+    QList<ListedRule> rows;
+    int defaultLimitKbps = 0; ///< stands in for limits that were never chosen
+
+    bool operator==(const RulesContents &) const = default;
+};
+
 /// All applications that were sampled or have a rule and pass the filter, by lower-cased name.
 QList<ListedRule> listedRules(const QList<AppSample> &samples, const RuleMap &rules,
                               const RulesFilter &filter);

@@ -15,6 +15,7 @@
 
 #include <array>
 #include <optional>
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -120,26 +121,32 @@ void LumetraWindow::refreshRulesTable()
 {
     if (!rulesTable)
         return;
-    const QScopedValueRollback filling(fillingRulesTable, true);
+    RulesContents contents{listedRules(samples, rules, {rulesFilterMode, rulesFilterText}),
+                           settings.defaultLimitKbps};
+    // Most ticks find nothing new on a page that is not even shown. The rebuilding would drop what
+    // is selected, and with it the editor, so it is done where something is.
+    if (contents == rulesTableContents && !rulesTable->isVisible()
+        && !rulesTable->selectionModel()->hasSelection() && !rulesTable->currentIndex().isValid())
+        return;
 
-    const QList<ListedRule> listed
-        = listedRules(samples, rules, {rulesFilterMode, rulesFilterText});
+    const QScopedValueRollback filling(fillingRulesTable, true);
     CellDelegate &cells = rulesTable->cells();
     const QString heldName = cells.hold();
     int heldRow = -1;
     rulesTable->clearContents();
-    rulesTable->setRowCount(static_cast<int>(std::max<qsizetype>(listed.size(), 1)));
+    rulesTable->setRowCount(static_cast<int>(std::max<qsizetype>(contents.rows.size(), 1)));
     {
         const CellFilling quietly(*rulesTable);
-        if (listed.isEmpty())
+        if (contents.rows.isEmpty())
             rulesTable->setItem(0, 0, new QTableWidgetItem(u"No rules or active apps"_s));
-        for (int row = 0; row < listed.size(); ++row) {
-            setRuleRow(*rulesTable, row, listed.at(row), settings.defaultLimitKbps);
-            if (listed.at(row).name == heldName)
+        for (int row = 0; row < contents.rows.size(); ++row) {
+            setRuleRow(*rulesTable, row, contents.rows.at(row), contents.defaultLimitKbps);
+            if (contents.rows.at(row).name == heldName)
                 heldRow = row;
         }
     }
     cells.restore(heldRow);
+    rulesTableContents = std::move(contents);
 }
 
 void LumetraWindow::clearAllRules()

@@ -1,5 +1,6 @@
 #include "tests/support/windowfixture.h"
 
+#include <QComboBox>
 #include <QHeaderView>
 #include <QLayout>
 #include <QPushButton>
@@ -108,6 +109,40 @@ private Q_SLOTS:
             QVERIFY(item->flags().testFlag(Qt::ItemIsEditable));
         }
         QCOMPARE(table->item(0, 0)->textAlignment(), 0);
+    }
+
+    void aNameThatGotLostIsBackAfterATickOnAnotherPage()
+    {
+        fixture->system().addProcess(1, u"app"_s, 2, 1);
+        open();
+        leave();
+        table->item(0, 0)->setText(QString());
+        QCOMPARE(shownNames(), QStringList({QString()}));
+        fixture->tick();
+        QCOMPARE(shownNames(), QStringList({u"app"_s}));
+    }
+
+    void aNewDefaultLimitReachesThePageThatIsNotShown()
+    {
+        seed(u"app"_s, {{u"blocked"_s, true}, {u"dlKbps"_s, 0}, {u"ulKbps"_s, 9}});
+        open();
+        QCOMPARE(table->item(0, 5)->text(), u"5"_s);
+        leave();
+        QTest::keyClick(fixture->find<QFrame>("classicTop")->findChild<QComboBox *>(), Qt::Key_S);
+        QCOMPARE(table->item(0, 5)->text(), u"256"_s);
+        QCOMPARE(table->item(0, 6)->text(), u"9"_s);
+    }
+
+    void whatIsSelectedIsNoLongerAfterATickOnAnotherPage()
+    {
+        addApplications();
+        open();
+        table->selectionModel()->select(table->model()->index(1, 0),
+                                        QItemSelectionModel::Select | QItemSelectionModel::Rows);
+        leave();
+        QVERIFY(!table->selectedItems().isEmpty());
+        fixture->tick();
+        QVERIFY(table->selectedItems().isEmpty());
     }
 
     void theSearchFieldFiltersAtOnce()
@@ -266,6 +301,13 @@ private:
         fixture->system().addProcess(1, u"firefox"_s, 3);
         fixture->system().addProcess(2, u"curl"_s, 1);
         fixture->system().addProcess(3, u"dnsd"_s, 0, 2);
+    }
+
+    /// Goes to another page.
+    void leave()
+    {
+        WindowFixture::click(fixture->button(u"\u25C8    Dashboard"_s));
+        QVERIFY(!table->isVisible());
     }
 
     /// Adds a rule to the store, as an earlier run of the program has left it.
