@@ -7,6 +7,7 @@
 #include "rules/tablecells.h"
 #include "shell/theme.h"
 #include "tests/support/scriptedsystem.h"
+#include "tests/support/windowfixture.h"
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -86,7 +87,7 @@ Series measure(int processes, int rounds)
     bareWindow.show();
     settle();
 
-    auto *timer = window.findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
+    QTimer *timer = sampleTimer(window);
     Series series;
     QElapsedTimer clock;
     const auto milliseconds = [&clock] { return double(clock.nsecsElapsed()) / 1e6; };

@@ -51,11 +51,9 @@ private Q_SLOTS:
         seed(u"refreshIntervalMs"_s, 750);
         fixture.system().addProcess(10, u"alpha"_s, 1);
         fixture.open();
-        const auto *timer
-            = fixture.window().findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly);
+        const QTimer *timer = sampleTimer(fixture.window());
         QCOMPARE(timer->interval(), 750);
         QVERIFY(timer->isActive());
-        QVERIFY(!timer->isSingleShot());
         QCOMPARE(fixture.appsTable()->rowCount(), 0);
         QTRY_COMPARE(fixture.appsTable()->rowCount(), 2);
     }

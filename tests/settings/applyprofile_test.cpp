@@ -16,7 +16,6 @@ class ApplyProfileTest : public QObject
     QComboBox *dashboardBox() const;
     QComboBox *controlCenterBox() const { return m_fixture->setting<QComboBox>(u"Profile"_s); }
     void applyFromTray(const QString &profile) const;
-    int timerInterval() const;
     QString shown(const QString &label) const
     {
         return m_fixture->setting<QLineEdit>(label)->text();
@@ -76,28 +75,20 @@ void ApplyProfileTest::applyFromTray(const QString &profile) const
     }
 }
 
-int ApplyProfileTest::timerInterval() const
-{
-    const auto timers = m_fixture->window().findChildren<QTimer *>(Qt::FindDirectChildrenOnly);
-    for (const QTimer *timer : timers) {
-        if (!timer->isSingleShot() && timer->isActive())
-            return timer->interval();
-    }
-    return 0;
-}
-
 void ApplyProfileTest::theRunningWindowFollowsAtOnce()
 {
     const QHeaderView *rows = m_fixture->appsTable()->verticalHeader();
+    const QTimer *timer = sampleTimer(m_fixture->window());
     applyFromTray(u"Gaming"_s);
-    QCOMPARE(timerInterval(), 500);
+    QCOMPARE(timer->interval(), 500);
     QCOMPARE(rows->defaultSectionSize(), 22);
     applyFromTray(u"Download"_s);
-    QCOMPARE(timerInterval(), 750);
+    QCOMPARE(timer->interval(), 750);
     QCOMPARE(rows->defaultSectionSize(), 22);
     applyFromTray(u"Work"_s);
-    QCOMPARE(timerInterval(), 1000);
+    QCOMPARE(timer->interval(), 1000);
     QCOMPARE(rows->defaultSectionSize(), 30);
+    QVERIFY(timer->isActive());
 }
 
 void ApplyProfileTest::theControlsFollowThePreset()

@@ -40,7 +40,7 @@ void ControlCenterEffectsTest::theTimerRunsAtTheNewIntervalAtOnce()
     open();
     type(u"Refresh (ms)"_s, u"100"_s);
     apply();
-    const QTimer *timer = sampleTimer();
+    const QTimer *timer = sampleTimer(m_fixture->window());
     QCOMPARE(timer->interval(), 250);
     QVERIFY(timer->isActive());
 }
@@ -147,7 +147,7 @@ void ControlCenterEffectsTest::theProfileBoxAppliesAtOnce()
     open();
     choose(u"Profile"_s, u"Gaming"_s);
     QCOMPARE(WindowFixture::stored(u"currentProfile"_s), u"Gaming"_s);
-    QCOMPARE(sampleTimer()->interval(), 500);
+    QCOMPARE(sampleTimer(m_fixture->window())->interval(), 500);
     QCOMPARE(m_fixture->toast(), u"Profile applied: Gaming"_s);
     QVERIFY(m_fixture->labelStarting(u"Active profile: Gaming / "_s));
 }

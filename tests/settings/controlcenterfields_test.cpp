@@ -33,7 +33,7 @@ void ControlCenterFieldsTest::editsTakeEffectOnlyWhenApplied()
     type(u"Title"_s, u"Mine"_s);
     check(u"Compact rows"_s, true);
     m_fixture->tick();
-    QCOMPARE(sampleTimer()->interval(), 1000);
+    QCOMPARE(sampleTimer(m_fixture->window())->interval(), 1000);
     QCOMPARE(m_fixture->window().windowTitle(), u"Tovan Network Monitor"_s);
     QCOMPARE(WindowFixture::stored(u"refreshIntervalMs"_s).toInt(), 1000);
     QCOMPARE(WindowFixture::stored(u"compactMode"_s).toBool(), false);

@@ -37,13 +37,3 @@ void ControlCenterFixture::check(const QString &label, bool checked)
         WindowFixture::click(box);
     QCOMPARE(box->isChecked(), checked);
 }
-
-QTimer *ControlCenterFixture::sampleTimer()
-{
-    const auto timers = m_fixture->window().findChildren<QTimer *>(Qt::FindDirectChildrenOnly);
-    for (QTimer *timer : timers) {
-        if (!timer->isSingleShot())
-            return timer;
-    }
-    qFatal("the window has no sampling timer");
-}

@@ -23,8 +23,6 @@ protected:
     /// Clicks the check box of this text if it is not as wanted.
     void check(const QString &label, bool checked);
     void apply() { WindowFixture::click(m_fixture->button(QStringLiteral("Apply changes"))); }
-    /// The timer whose timeouts are the ticks; fails the test when there is none.
-    QTimer *sampleTimer();
     /// Whether anything was saved since forgetSaves().
     static bool wasSaved() { return QFile::exists(WindowFixture::storePath()); }
     static void forgetSaves() { QFile::remove(WindowFixture::storePath()); }

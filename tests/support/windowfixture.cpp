@@ -40,6 +40,16 @@ QAction *findAction(const QList<QAction *> &actions, const QString &text)
 
 } // namespace
 
+QTimer *sampleTimer(const LumetraWindow &window)
+{
+    const auto timers = window.findChildren<QTimer *>(Qt::FindDirectChildrenOnly);
+    for (QTimer *timer : timers) {
+        if (!timer->isSingleShot())
+            return timer;
+    }
+    qFatal("the window has no sampling timer");
+}
+
 void prepareTestProcess()
 {
     static const QTemporaryDir directory;
@@ -80,15 +90,11 @@ void WindowFixture::close()
 
 void WindowFixture::tick()
 {
-    const auto timers = m_window->findChildren<QTimer *>(Qt::FindDirectChildrenOnly);
-    for (QTimer *timer : timers) {
-        if (timer->isSingleShot() || !timer->isActive())
-            continue;
-        QTimerEvent event(timer->timerId());
-        QCoreApplication::sendEvent(timer, &event);
-        return;
-    }
-    qFatal("the window has no running sampling timer");
+    QTimer *timer = sampleTimer(*m_window);
+    if (!timer->isActive())
+        qFatal("the sampling timer is stopped");
+    QTimerEvent event(timer->timerId());
+    QCoreApplication::sendEvent(timer, &event);
 }
 
 QLabel *WindowFixture::labelStarting(const QString &start)

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTableWidget>
+#include <QTimer>
 #include <QtTest>
 
 #include <memory>
@@ -97,6 +98,9 @@ private:
 
     std::unique_ptr<LumetraWindow> m_window;
 };
+
+/// The timer whose timeouts are the window's ticks; fails the test when there is none.
+QTimer *sampleTimer(const LumetraWindow &window);
 
 /// Prepares the test process: names as the program's, a settings directory of its own.
 void prepareTestProcess();
