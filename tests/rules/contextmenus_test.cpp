@@ -1,31 +1,20 @@
+#include "tests/rules/bothtablesfixture.h"
 #include "tests/support/celleditor.h"
-#include "tests/support/windowfixture.h"
 
 #include <QMenu>
 
 #include <functional>
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
 /// The menus of both tables, opened by real context-menu events and served while they are modal.
-class ContextMenusTest : public QObject
+class ContextMenusTest : public QObject, private BothTablesFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void init()
-    {
-        fixture = std::make_unique<WindowFixture>();
-        for (quint32 pid = 1; pid <= 4; ++pid)
-            fixture->system().addProcess(pid, u"app%1"_s.arg(pid), 1);
-        fixture->open();
-        fixture->tick();
-        apps = fixture->appsTable();
-        rules = fixture->rulesTable();
-    }
-
-    void cleanup() { fixture.reset(); }
+    void init() { prepare(); }
+    void cleanup() { clear(); }
 
     void theApplicationsTablesMenuIsAsDecided()
     {
@@ -296,12 +285,6 @@ private:
     {
         return table->item(WindowFixture::rowOf(table, application), column)->text();
     }
-
-    QLabel *toast() { return fixture->find<QLabel>("toastText"); }
-
-    std::unique_ptr<WindowFixture> fixture;
-    QTableWidget *apps = nullptr;
-    QTableWidget *rules = nullptr;
 };
 
 TOVAN_TEST_MAIN(ContextMenusTest)

@@ -1,9 +1,7 @@
-#include "tests/support/windowfixture.h"
+#include "tests/rules/bothtablesfixture.h"
 
 #include <QCheckBox>
 #include <QPushButton>
-
-#include <memory>
 
 using namespace Qt::StringLiterals;
 
@@ -17,24 +15,18 @@ const auto pleaseSelect = u"Select an application row first."_s;
 } // namespace
 
 /// Check boxes and toggle buttons of the Dashboard: what they do to rules and to the views.
-class RuleActionsTest : public QObject
+class RuleActionsTest : public QObject, private BothTablesFixture
 {
     Q_OBJECT
 
 private Q_SLOTS:
     void init()
     {
-        fixture = std::make_unique<WindowFixture>();
-        for (quint32 pid = 1; pid <= 4; ++pid)
-            fixture->system().addProcess(pid, u"app%1"_s.arg(pid), 1);
-        fixture->open();
-        fixture->tick();
-        apps = fixture->appsTable();
-        rules = fixture->rulesTable();
+        prepare();
         toast()->parentWidget()->hide();
     }
 
-    void cleanup() { fixture.reset(); }
+    void cleanup() { clear(); }
 
     void aCheckBoxIsAnnouncedByItsColumnsHeader_data()
     {
@@ -237,7 +229,6 @@ private:
         return rules->item(WindowFixture::rowOf(rules, application), column)->checkState();
     }
 
-    QLabel *toast() { return fixture->find<QLabel>("toastText"); }
     QString details() { return fixture->labelStarting(u"PID: "_s)->text(); }
 
     static int storedRules()
@@ -262,10 +253,6 @@ private:
         }
         return fields;
     }
-
-    std::unique_ptr<WindowFixture> fixture;
-    QTableWidget *apps = nullptr;
-    QTableWidget *rules = nullptr;
 };
 
 TOVAN_TEST_MAIN(RuleActionsTest)

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "tests/support/windowfixture.h"
+
+#include <memory>
+
+/// The real window with four applications, "app1" to "app4", in both of its tables. A test calls
+/// `prepare()` before and `clear()` after each of its functions.
+class BothTablesFixture
+{
+protected:
+    void prepare()
+    {
+        fixture = std::make_unique<WindowFixture>();
+        for (quint32 pid = 1; pid <= 4; ++pid)
+            fixture->system().addProcess(pid, QStringLiteral("app%1").arg(pid), 1);
+        fixture->open();
+        fixture->tick();
+        apps = fixture->appsTable();
+        rules = fixture->rulesTable();
+    }
+    void clear() { fixture.reset(); }
+
+    /// The label with the toast's text, shown or not.
+    QLabel *toast() { return fixture->find<QLabel>("toastText"); }
+
+    std::unique_ptr<WindowFixture> fixture;
+    QTableWidget *apps = nullptr;
+    QTableWidget *rules = nullptr;
+};
