@@ -1,5 +1,7 @@
 #include "bench/screen.h"
 
+#include "tests/support/xcbrequests.h"
+
 #include <poll.h>
 #include <sys/socket.h>
 
@@ -9,10 +11,6 @@
 #include <span>
 
 namespace {
-
-/// For what the X library allocated.
-template <typename T>
-using Answer = std::unique_ptr<T, decltype([](T *answer) { std::free(answer); })>;
 
 [[noreturn]] void fail(const char *what)
 {
@@ -28,9 +26,9 @@ Screen::Screen() : m_connection(xcb_connect(nullptr, nullptr))
     if (xcb_connection_has_error(connection) != 0)
         fail("no connection");
     m_screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
-    m_processId = atom("_NET_WM_PID");
+    m_processId = internAtom(connection, "_NET_WM_PID");
 
-    Answer<xcb_damage_query_version_reply_t> version(xcb_damage_query_version_reply(
+    XcbReply<xcb_damage_query_version_reply_t> version(xcb_damage_query_version_reply(
         connection, xcb_damage_query_version(connection, 1, 1), nullptr));
     if (!version)
         fail("no damage extension");
@@ -39,7 +37,7 @@ Screen::Screen() : m_connection(xcb_connect(nullptr, nullptr))
     xcb_change_window_attributes(connection, m_screen->root, XCB_CW_EVENT_MASK, &events);
     xcb_damage_create(connection, xcb_generate_id(connection), m_screen->root,
                       XCB_DAMAGE_REPORT_LEVEL_RAW_RECTANGLES);
-    const xcb_atom_t manager = atom("_NET_SUPPORTING_WM_CHECK");
+    const xcb_atom_t manager = internAtom(connection, "_NET_SUPPORTING_WM_CHECK");
     await("no window manager", [&] { return numberProperty(m_screen->root, manager) != 0; });
 }
 
@@ -78,31 +76,14 @@ xcb_window_t Screen::awaitWindow(pid_t pid)
 
 void Screen::closeWindow(xcb_window_t window)
 {
-    xcb_client_message_event_t message{};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = window;
-    message.type = atom("WM_PROTOCOLS");
-    message.data.data32[0] = atom("WM_DELETE_WINDOW");
-    message.data.data32[1] = XCB_CURRENT_TIME;
-    xcb_send_event(m_connection.get(), 0, window, XCB_EVENT_MASK_NO_EVENT,
-                   reinterpret_cast<const char *>(&message));
+    askToClose(m_connection.get(), window);
     await("the window stays", [&] { return !isViewable(window); });
-}
-
-xcb_atom_t Screen::atom(const char *name)
-{
-    xcb_connection_t *connection = m_connection.get();
-    const auto length = static_cast<std::uint16_t>(std::strlen(name));
-    Answer<xcb_intern_atom_reply_t> answer(
-        xcb_intern_atom_reply(connection, xcb_intern_atom(connection, 0, length, name), nullptr));
-    return answer ? answer->atom : xcb_atom_t{XCB_ATOM_NONE};
 }
 
 std::uint32_t Screen::numberProperty(xcb_window_t window, xcb_atom_t name)
 {
     xcb_connection_t *connection = m_connection.get();
-    Answer<xcb_get_property_reply_t> answer(xcb_get_property_reply(
+    XcbReply<xcb_get_property_reply_t> answer(xcb_get_property_reply(
         connection, xcb_get_property(connection, 0, window, name, XCB_ATOM_ANY, 0, 1), nullptr));
     std::uint32_t number = 0;
     if (answer && answer->format == 32 && xcb_get_property_value_length(answer.get()) >= 4)
@@ -113,7 +94,7 @@ std::uint32_t Screen::numberProperty(xcb_window_t window, xcb_atom_t name)
 bool Screen::isViewable(xcb_window_t window)
 {
     xcb_connection_t *connection = m_connection.get();
-    Answer<xcb_get_window_attributes_reply_t> answer(xcb_get_window_attributes_reply(
+    XcbReply<xcb_get_window_attributes_reply_t> answer(xcb_get_window_attributes_reply(
         connection, xcb_get_window_attributes(connection, window), nullptr));
     return answer && answer->map_state == XCB_MAP_STATE_VIEWABLE;
 }
@@ -121,7 +102,7 @@ bool Screen::isViewable(xcb_window_t window)
 xcb_window_t Screen::shownWindowBelow(xcb_window_t window, pid_t pid)
 {
     xcb_connection_t *connection = m_connection.get();
-    Answer<xcb_query_tree_reply_t> tree(
+    XcbReply<xcb_query_tree_reply_t> tree(
         xcb_query_tree_reply(connection, xcb_query_tree(connection, window), nullptr));
     if (!tree)
         return XCB_WINDOW_NONE;
@@ -142,7 +123,7 @@ int Screen::pixelsOf(std::uint32_t colour)
     xcb_connection_t *connection = m_connection.get();
     // Below the texts of the sidebar.
     const auto line = static_cast<std::int16_t>(m_screen->height_in_pixels * 2 / 3);
-    Answer<xcb_get_image_reply_t> image(
+    XcbReply<xcb_get_image_reply_t> image(
         xcb_get_image_reply(connection,
                             xcb_get_image(connection, XCB_IMAGE_FORMAT_Z_PIXMAP, m_screen->root, 0,
                                           line, m_screen->width_in_pixels, 1, ~0U),
@@ -169,10 +150,10 @@ void Screen::await(const char *what, const std::function<bool()> &holds)
     for (;;) {
         // What has happened until now is looked at once. An event that comes while it is looked at
         // may already be in the library's queue, where poll() does not see it.
-        while (Answer<xcb_generic_event_t> event{xcb_poll_for_event(connection)}) { }
+        while (XcbReply<xcb_generic_event_t> event{xcb_poll_for_event(connection)}) { }
         if (holds())
             return;
-        if (const Answer<xcb_generic_event_t> next{xcb_poll_for_queued_event(connection)})
+        if (const XcbReply<xcb_generic_event_t> next{xcb_poll_for_queued_event(connection)})
             continue;
         const auto left
             = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now());

@@ -35,7 +35,6 @@ private:
         void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
     };
 
-    xcb_atom_t atom(const char *name);
     std::uint32_t numberProperty(xcb_window_t window, xcb_atom_t name);
     bool isViewable(xcb_window_t window);
     xcb_window_t shownWindowBelow(xcb_window_t window, pid_t pid);

@@ -1,6 +1,6 @@
 #include "tests/desktop/support/embeddingtray.h"
 
-#include "tests/desktop/support/xcbreply.h"
+#include "tests/support/xcbrequests.h"
 
 #include <QSocketNotifier>
 
@@ -9,15 +9,6 @@
 namespace {
 
 constexpr std::uint16_t side = 24;
-
-xcb_atom_t internAtom(xcb_connection_t *connection, const QByteArray &name)
-{
-    const auto cookie
-        = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(name.size()), name);
-    const XcbReply<xcb_intern_atom_reply_t> reply(
-        xcb_intern_atom_reply(connection, cookie, nullptr));
-    return reply->atom;
-}
 
 } // namespace
 

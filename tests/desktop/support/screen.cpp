@@ -1,6 +1,6 @@
 #include "tests/desktop/support/screen.h"
 
-#include "tests/desktop/support/xcbreply.h"
+#include "tests/support/xcbrequests.h"
 
 #include <cstring>
 
@@ -21,13 +21,8 @@ Screen::~Screen()
 xcb_atom_t Screen::atom(const QByteArray &name)
 {
     xcb_atom_t &atom = m_atoms[name];
-    if (atom == XCB_ATOM_NONE) {
-        const auto cookie
-            = xcb_intern_atom(m_connection, 0, static_cast<std::uint16_t>(name.size()), name);
-        const XcbReply<xcb_intern_atom_reply_t> reply(
-            xcb_intern_atom_reply(m_connection, cookie, nullptr));
-        atom = reply->atom;
-    }
+    if (atom == XCB_ATOM_NONE)
+        atom = internAtom(m_connection, name.toStdString());
     return atom;
 }
 
@@ -159,14 +154,5 @@ QRect Screen::boundsOf(QColor colour)
 
 void Screen::askToClose(xcb_window_t window)
 {
-    xcb_client_message_event_t message{};
-    message.response_type = XCB_CLIENT_MESSAGE;
-    message.format = 32;
-    message.window = window;
-    message.type = atom("WM_PROTOCOLS");
-    message.data.data32[0] = atom("WM_DELETE_WINDOW");
-    message.data.data32[1] = XCB_CURRENT_TIME;
-    xcb_send_event(m_connection, 0, window, XCB_EVENT_MASK_NO_EVENT,
-                   reinterpret_cast<const char *>(&message));
-    xcb_flush(m_connection);
+    ::askToClose(m_connection, window);
 }
