@@ -25,8 +25,6 @@ struct Running
 {
     explicit Running(const std::function<void(AppSettings &)> &change) : program(desktop, change)
     {
-        tray.addHost();
-        tray.announce();
         program.start();
         QTRY_COMPARE(tray.icons().size(), 1);
         QVERIFY(program.isActive());

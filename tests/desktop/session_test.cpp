@@ -22,8 +22,6 @@ struct Running
               settings.miniWidgetEnabled = true;
           })
     {
-        tray.addHost();
-        tray.announce();
         program.start({{u"SESSION_MANAGER"_s, session.address()}});
         QTRY_VERIFY(session.hasClient());
         QVERIFY(program.isActive());

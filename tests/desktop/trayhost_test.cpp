@@ -36,8 +36,6 @@ void TrayHostTest::theIconIsInATrayThatIsThere()
 {
     Desktop desktop;
     NotifierTray tray(desktop.bus(u"tray"_s));
-    tray.addHost();
-    tray.announce();
     Program program(desktop);
     program.start();
     QTRY_COMPARE(tray.icons().size(), 1);
@@ -51,8 +49,6 @@ void TrayHostTest::theIconAppearsInATrayThatStartsLater()
     program.start();
     QVERIFY(program.ticks());
     NotifierTray tray(desktop.bus(u"tray"_s));
-    tray.addHost();
-    tray.announce();
     QTRY_COMPARE(tray.icons().size(), 1);
     QVERIFY(program.ticks());
     QCOMPARE(tray.icons().size(), 1);
@@ -61,8 +57,7 @@ void TrayHostTest::theIconAppearsInATrayThatStartsLater()
 void TrayHostTest::theIconAppearsWhenAHostJoinsAWatcher()
 {
     Desktop desktop;
-    NotifierTray tray(desktop.bus(u"tray"_s));
-    tray.announce();
+    NotifierTray tray(desktop.bus(u"tray"_s), NotifierTray::NoHost);
     Program program(desktop);
     program.start();
     QVERIFY(program.ticks());
@@ -78,15 +73,11 @@ void TrayHostTest::theIconComesBackWithTheTray()
     Program program(desktop);
     {
         NotifierTray tray(desktop.bus(u"tray"_s));
-        tray.addHost();
-        tray.announce();
         program.start();
         QTRY_COMPARE(tray.icons().size(), 1);
     }
     QVERIFY(program.ticks());
     NotifierTray tray(desktop.bus(u"next tray"_s));
-    tray.addHost();
-    tray.announce();
     QTRY_COMPARE(tray.icons().size(), 1);
     QCOMPARE(tray.menu().texts().constFirst(), u"Open Tovan"_s);
 }
@@ -134,8 +125,6 @@ void TrayHostTest::aTrayOnTheBusIsPreferredToAnEmbeddingOne()
     Desktop desktop;
     const EmbeddingTray embedding(desktop.display());
     NotifierTray tray(desktop.bus(u"tray"_s));
-    tray.addHost();
-    tray.announce();
     Program program(desktop);
     program.start();
     QTRY_COMPARE(tray.icons().size(), 1);

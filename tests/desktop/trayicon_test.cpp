@@ -17,8 +17,6 @@ struct Running
               settings.startMinimized = hidden;
           })
     {
-        tray.addHost();
-        tray.announce();
         program.start();
         QTRY_COMPARE(tray.icons().size(), 1);
         QVERIFY(program.ticks());

@@ -47,8 +47,6 @@ struct Running
                           u"--idle-time=0"_s, u"--socket=wayland-test"_s, u"--log=/dev/null"_s});
         QTRY_VERIFY(QFile::exists(folder.filePath(u"wayland-test"_s)));
 
-        tray.addHost();
-        tray.announce();
         program.start({{u"QT_QPA_PLATFORM"_s, u"wayland"_s},
                        {u"WAYLAND_DISPLAY"_s, u"wayland-test"_s},
                        {u"XDG_RUNTIME_DIR"_s, folder.path()},

@@ -24,8 +24,6 @@ struct Running
               settings.miniWidgetEnabled = true;
           })
     {
-        tray.addHost();
-        tray.announce();
         program.start();
         QTRY_COMPARE(tray.icons().size(), 1);
         QVERIFY(program.isActive());

@@ -57,27 +57,25 @@ QStringList TrayEntry::texts() const
     return texts;
 }
 
-NotifierTray::NotifierTray(QDBusConnection bus) : m_bus(std::move(bus))
+NotifierTray::NotifierTray(QDBusConnection bus, Part part)
+    : m_bus(std::move(bus)),
+      m_hasHost(part == Everything)
 {
     auto *gone = new QDBusServiceWatcher(u"org.kde.StatusNotifierItem*"_s, m_bus,
                                          QDBusServiceWatcher::WatchForUnregistration, this);
     connect(gone, &QDBusServiceWatcher::serviceUnregistered, this,
             [this](const QString &service) { m_icons.removeAll(service); });
+    if (!m_bus.registerObject(watcherPath, this,
+                              QDBusConnection::ExportScriptableContents
+                                  | QDBusConnection::ExportAllProperties)
+        || !m_bus.registerService(watcherService))
+        qFatal("the tray cannot be announced");
 }
 
 NotifierTray::~NotifierTray()
 {
     m_bus.unregisterService(watcherService);
     m_bus.unregisterObject(watcherPath);
-}
-
-void NotifierTray::announce()
-{
-    if (!m_bus.registerObject(watcherPath, this,
-                              QDBusConnection::ExportScriptableContents
-                                  | QDBusConnection::ExportAllProperties)
-        || !m_bus.registerService(watcherService))
-        qFatal("the tray cannot be announced");
 }
 
 void NotifierTray::addHost()

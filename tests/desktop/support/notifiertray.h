@@ -29,11 +29,14 @@ class NotifierTray : public QObject, protected QDBusContext
     Q_PROPERTY(int ProtocolVersion READ protocolVersion)
 
 public:
-    explicit NotifierTray(QDBusConnection bus);
+    enum Part {
+        Everything,
+        NoHost, ///< nothing shows icons until addHost()
+    };
+    /// Announces itself on the bus, until it is gone.
+    explicit NotifierTray(QDBusConnection bus, Part part = Everything);
     ~NotifierTray() override;
 
-    /// Announces the watcher, without a host for now.
-    void announce();
     void addHost();
 
     bool hasHost() const { return m_hasHost; }
@@ -66,6 +69,6 @@ private:
                      const QVariantList &arguments);
 
     QDBusConnection m_bus;
-    bool m_hasHost = false;
+    bool m_hasHost;
     QStringList m_icons;
 };
