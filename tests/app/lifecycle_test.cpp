@@ -4,17 +4,11 @@
 
 #include <QMenu>
 #include <QPushButton>
-#include <QSettings>
 #include <QSystemTrayIcon>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void seed(const QString &key, const QVariant &value)
-{
-    QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s).setValue(key, value);
-}
 
 MiniSpeedWidget *miniWidget()
 {
@@ -48,7 +42,7 @@ private Q_SLOTS:
     void theTimerRunsAtTheStoredIntervalAndTicksOnlyAfterIt()
     {
         WindowFixture fixture;
-        seed(u"refreshIntervalMs"_s, 750);
+        WindowFixture::store(u"refreshIntervalMs"_s, 750);
         fixture.system().addProcess(10, u"alpha"_s, 1);
         fixture.open();
         const QTimer *timer = sampleTimer(fixture.window());
@@ -61,8 +55,8 @@ private Q_SLOTS:
     void aMinimisedStartEndsHiddenWithTheMiniMonitorShown()
     {
         WindowFixture fixture;
-        seed(u"startMinimized"_s, true);
-        seed(u"miniWidgetEnabled"_s, true);
+        WindowFixture::store(u"startMinimized"_s, true);
+        WindowFixture::store(u"miniWidgetEnabled"_s, true);
         LumetraWindow window;
         window.show();
         QVERIFY(window.isVisible());
@@ -73,7 +67,7 @@ private Q_SLOTS:
     void theMiniMonitorStartsBesideTheWindowsTopRight()
     {
         WindowFixture fixture;
-        seed(u"miniWidgetEnabled"_s, true);
+        WindowFixture::store(u"miniWidgetEnabled"_s, true);
         fixture.open();
         const LumetraWindow &window = fixture.window();
         QVERIFY(miniWidget()->isVisible());
@@ -83,7 +77,7 @@ private Q_SLOTS:
     void aPausedStartLeavesTheButtonAloneUntilItIsPressed()
     {
         WindowFixture fixture;
-        seed(u"pauseOnLaunch"_s, true);
+        WindowFixture::store(u"pauseOnLaunch"_s, true);
         fixture.system().addProcess(10, u"alpha"_s, 1);
         fixture.open();
         auto *button = static_cast<QPushButton *>(fixture.button(u"Pause"_s));
@@ -181,7 +175,7 @@ private Q_SLOTS:
     void closingReallyClosesWithoutTheTray()
     {
         WindowFixture fixture;
-        seed(u"closeToTray"_s, false);
+        WindowFixture::store(u"closeToTray"_s, false);
         fixture.open();
         QFile::remove(WindowFixture::storePath());
         QVERIFY(fixture.window().close());

@@ -1,16 +1,10 @@
 #include "tests/support/windowfixture.h"
 
 #include <QScrollBar>
-#include <QSettings>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-void seed(const QString &key, const QVariant &value)
-{
-    QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s).setValue(key, value);
-}
 
 const QString noRate = u"0 B/s"_s;
 
@@ -89,7 +83,7 @@ private Q_SLOTS:
     void withoutSamplesAndSystemRowThePlaceholderIsThere()
     {
         WindowFixture fixture;
-        seed(u"showSystemRow"_s, false);
+        WindowFixture::store(u"showSystemRow"_s, false);
         fixture.open();
         fixture.tick();
         QCOMPARE(fixture.appsTable()->rowCount(), 1);
@@ -123,7 +117,7 @@ private Q_SLOTS:
     void withoutSystemRowTheFirstShownRowCarriesTheRates()
     {
         WindowFixture fixture;
-        seed(u"showSystemRow"_s, false);
+        WindowFixture::store(u"showSystemRow"_s, false);
         fixture.system().setCounters(0, 0);
         fixture.open();
         fixture.system().setCounters(1024, 2048);
@@ -155,8 +149,8 @@ private Q_SLOTS:
     {
         QFETCH(bool, systemRow);
         WindowFixture fixture;
-        seed(u"maxTableRows"_s, 10);
-        seed(u"showSystemRow"_s, systemRow);
+        WindowFixture::store(u"maxTableRows"_s, 10);
+        WindowFixture::store(u"showSystemRow"_s, systemRow);
         for (quint32 pid = 1; pid <= 25; ++pid)
             fixture.system().addProcess(pid, u"app%1"_s.arg(pid, 2, 10, '0'_L1), 1);
         fixture.open();
@@ -170,7 +164,7 @@ private Q_SLOTS:
     void theSessionLineRoundsThePercentHalfAwayFromZero()
     {
         WindowFixture fixture;
-        seed(u"monthlyLimitBytes"_s, quint64(200 * 1024));
+        WindowFixture::store(u"monthlyLimitBytes"_s, quint64(200 * 1024));
         fixture.system().setCounters(0, 0);
         fixture.open();
         fixture.system().setCounters(25 * 1024, 0);
@@ -271,7 +265,7 @@ private Q_SLOTS:
     void onlyRowsThatShowSomethingElseArePainted()
     {
         WindowFixture fixture;
-        seed(u"refreshIntervalMs"_s, 10000);
+        WindowFixture::store(u"refreshIntervalMs"_s, 10000);
         fixture.system().setCounters(0, 0);
         for (quint32 pid = 1; pid <= 6; ++pid)
             fixture.system().addProcess(pid, u"application-%1"_s.arg(pid), 60 - 9 * int(pid));
@@ -305,7 +299,7 @@ private Q_SLOTS:
     void whatWasTypedIntoACellIsPaintedOver()
     {
         WindowFixture fixture;
-        seed(u"refreshIntervalMs"_s, 10000);
+        WindowFixture::store(u"refreshIntervalMs"_s, 10000);
         for (quint32 pid = 1; pid <= 3; ++pid)
             fixture.system().addProcess(pid, u"application-%1"_s.arg(pid), 9);
         fixture.open();

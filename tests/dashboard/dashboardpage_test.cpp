@@ -5,7 +5,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
-#include <QSettings>
 
 using namespace Qt::StringLiterals;
 
@@ -137,7 +136,7 @@ private Q_SLOTS:
     {
         QFETCH(bool, compact);
         WindowFixture fixture;
-        QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s).setValue("compactMode", compact);
+        WindowFixture::store(u"compactMode"_s, compact);
         fixture.open();
         fixture.tick();
         QTEST(fixture.appsTable()->rowHeight(0), "height");

@@ -9,11 +9,6 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-void seed(const QString &key, const QVariant &value)
-{
-    QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s).setValue(key, value);
-}
-
 void seedRule(const QString &app, const QVariantMap &fields)
 {
     QSettings store(u"Tovan"_s, u"Tovan Network Monitor"_s);
@@ -54,7 +49,7 @@ private Q_SLOTS:
     void thePlaceholderHasThreeEmptyCheckBoxesAndNoIcon()
     {
         WindowFixture fixture;
-        seed(u"showSystemRow"_s, false);
+        WindowFixture::store(u"showSystemRow"_s, false);
         fixture.open();
         fixture.tick();
         QVERIFY(fixture.appsTable()->item(0, 0)->icon().isNull());
@@ -109,7 +104,7 @@ private Q_SLOTS:
     void anUnlimitedDirectionReadsTheDefaultBesideAnEmptyBox()
     {
         WindowFixture fixture;
-        seed(u"defaultLimitKbps"_s, 256);
+        WindowFixture::store(u"defaultLimitKbps"_s, 256);
         seedRule(u"alpha"_s, {{u"dlLimit"_s, false}, {u"dlKbps"_s, 300}});
         fixture.system().addProcess(1, u"alpha"_s, 1);
         fixture.open();

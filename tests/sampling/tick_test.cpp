@@ -2,8 +2,6 @@
 
 #include "shell/minispeedwidget.h"
 
-#include <QSettings>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -15,11 +13,10 @@ QString toastText(WindowFixture &fixture)
 
 void seedUsage(const QString &dayKey, const QString &monthKey, quint64 today, quint64 month)
 {
-    QSettings store(u"Tovan"_s, u"Tovan Network Monitor"_s);
-    store.setValue("dayKey", dayKey);
-    store.setValue("monthKey", monthKey);
-    store.setValue("todayBytes", today);
-    store.setValue("monthBytes", month);
+    WindowFixture::store(u"dayKey"_s, dayKey);
+    WindowFixture::store(u"monthKey"_s, monthKey);
+    WindowFixture::store(u"todayBytes"_s, today);
+    WindowFixture::store(u"monthBytes"_s, month);
 }
 
 } // namespace

@@ -3,7 +3,6 @@
 #include "shell/minispeedwidget.h"
 
 #include <QMenu>
-#include <QSettings>
 #include <QStackedWidget>
 #include <QSystemTrayIcon>
 
@@ -33,11 +32,6 @@ QStringList entries(const QMenu *menu)
     for (const QAction *action : actions)
         texts.append(action->isSeparator() ? u"-"_s : action->text());
     return texts;
-}
-
-QVariant stored(const QString &key)
-{
-    return QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s).value(key);
 }
 
 bool miniIsShown()
@@ -128,17 +122,17 @@ private Q_SLOTS:
         mini->trigger();
         QVERIFY(miniIsShown());
         QVERIFY(fixture.button(u"Show mini monitor"_s)->isChecked());
-        QCOMPARE(stored(u"miniWidgetEnabled"_s).toBool(), true);
+        QCOMPARE(WindowFixture::stored(u"miniWidgetEnabled"_s).toBool(), true);
         mini->trigger();
         QVERIFY(!miniIsShown());
         QVERIFY(!fixture.button(u"Show mini monitor"_s)->isChecked());
-        QCOMPARE(stored(u"miniWidgetEnabled"_s).toBool(), false);
+        QCOMPARE(WindowFixture::stored(u"miniWidgetEnabled"_s).toBool(), false);
     }
 
     void theMiniMonitorsEntryFollowsTheDashboardsToggle()
     {
         WindowFixture fixture;
-        QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s).setValue("miniWidgetEnabled", true);
+        WindowFixture::store(u"miniWidgetEnabled"_s, true);
         fixture.open();
         QAction *mini = entry(trayMenu(fixture), u"Show Mini monitor"_s);
         QVERIFY(mini->isChecked());
@@ -152,7 +146,7 @@ private Q_SLOTS:
         fixture.open();
         const QMenu *profiles = entry(trayMenu(fixture), u"Profile"_s)->menu();
         entry(profiles, u"Gaming"_s)->trigger();
-        QCOMPARE(stored(u"currentProfile"_s).toString(), u"Gaming"_s);
+        QCOMPARE(WindowFixture::stored(u"currentProfile"_s).toString(), u"Gaming"_s);
         QCOMPARE(fixture.find<QLabel>("toastText")->text(), u"Profile applied: Gaming"_s);
         const auto actions = profiles->actions();
         for (const QAction *action : actions)

@@ -1,7 +1,6 @@
 #include "tests/support/windowfixture.h"
 
 #include <QPushButton>
-#include <QSettings>
 #include <QStackedWidget>
 
 using namespace Qt::StringLiterals;
@@ -84,8 +83,7 @@ private Q_SLOTS:
     void theCaptionIsTheStoredTitleFromTheStart()
     {
         WindowFixture fixture;
-        QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s)
-            .setValue("windowTitleText", u"<b>Mine</b>"_s);
+        WindowFixture::store(u"windowTitleText"_s, u"<b>Mine</b>"_s);
         fixture.open();
         QCOMPARE(fixture.find<QLabel>("titleBarText")->text(), u"<b>Mine</b>"_s);
         QCOMPARE(fixture.find<QLabel>("titleBarText")->textFormat(), Qt::PlainText);
@@ -95,8 +93,7 @@ private Q_SLOTS:
     void aLongTitleIsCutInsteadOfWideningTheWindow()
     {
         WindowFixture fixture;
-        QSettings(u"Tovan"_s, u"Tovan Network Monitor"_s)
-            .setValue("windowTitleText", QString(2000, u'w'));
+        WindowFixture::store(u"windowTitleText"_s, QString(2000, u'w'));
         fixture.open();
         QCOMPARE(fixture.window().size(), QSize(1180, 800));
         auto *closeButton = fixture.find<QPushButton>("windowButtonClose");
