@@ -8,20 +8,6 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-MiniSpeedWidget *miniWidget()
-{
-    const auto topLevels = QApplication::topLevelWidgets();
-    for (QWidget *widget : topLevels) {
-        if (auto *mini = dynamic_cast<MiniSpeedWidget *>(widget))
-            return mini;
-    }
-    return nullptr;
-}
-
-} // namespace
-
 class LifecycleTest : public QObject
 {
     Q_OBJECT
@@ -61,7 +47,7 @@ private Q_SLOTS:
         window.show();
         QVERIFY(window.isVisible());
         QTRY_VERIFY(window.isHidden());
-        QVERIFY(miniWidget()->isVisible());
+        QVERIFY(miniMonitor()->isVisible());
     }
 
     void theMiniMonitorStartsBesideTheWindowsTopRight()
@@ -70,8 +56,8 @@ private Q_SLOTS:
         WindowFixture::store(u"miniWidgetEnabled"_s, true);
         fixture.open();
         const LumetraWindow &window = fixture.window();
-        QVERIFY(miniWidget()->isVisible());
-        QCOMPARE(miniWidget()->pos(), QPoint(window.width() - 250, 70));
+        QVERIFY(miniMonitor()->isVisible());
+        QCOMPARE(miniMonitor()->pos(), QPoint(window.width() - 250, 70));
     }
 
     void aPausedStartLeavesTheButtonAloneUntilItIsPressed()

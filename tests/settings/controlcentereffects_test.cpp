@@ -1,5 +1,7 @@
 #include "tests/settings/controlcenterfixture.h"
 
+#include "shell/minispeedwidget.h"
+
 #include <QComboBox>
 #include <QHeaderView>
 
@@ -91,13 +93,6 @@ void ControlCenterEffectsTest::startPausedPausesAtOnceAndNeverResumes()
 void ControlCenterEffectsTest::theMiniMonitorFollowsItsBox()
 {
     open();
-    const auto miniMonitor = [] {
-        const auto widgets = QApplication::topLevelWidgets();
-        const auto found = std::ranges::find_if(
-            widgets, [](QWidget *widget) { return widget->findChild<QFrame *>(u"miniShell"_s); });
-        return found == widgets.end() ? nullptr : *found;
-    };
-    QVERIFY(miniMonitor());
     QVERIFY(!miniMonitor()->isVisible());
     check(u"Show mini monitor"_s, true);
     QVERIFY(!miniMonitor()->isVisible());

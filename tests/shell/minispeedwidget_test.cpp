@@ -117,13 +117,8 @@ private Q_SLOTS:
         fixture.open();
         QAction *toggle = fixture.menuAction(u"Toggle Mini monitor"_s);
         toggle->trigger();
-        MiniSpeedWidget *mini = nullptr;
-        const auto topLevels = QApplication::topLevelWidgets();
-        for (QWidget *widget : topLevels) {
-            if (auto *found = dynamic_cast<MiniSpeedWidget *>(widget))
-                mini = found;
-        }
-        QVERIFY(mini && mini->isVisible());
+        MiniSpeedWidget *mini = miniMonitor();
+        QVERIFY(mini->isVisible());
         mini->move(333, 222);
         toggle->trigger();
         QVERIFY(!mini->isVisible());

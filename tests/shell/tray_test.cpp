@@ -34,16 +34,6 @@ QStringList entries(const QMenu *menu)
     return texts;
 }
 
-bool miniIsShown()
-{
-    const auto topLevels = QApplication::topLevelWidgets();
-    for (const QWidget *widget : topLevels) {
-        if (dynamic_cast<const MiniSpeedWidget *>(widget))
-            return widget->isVisible();
-    }
-    return false;
-}
-
 } // namespace
 
 class TrayTest : public QObject
@@ -120,11 +110,11 @@ private Q_SLOTS:
         QVERIFY(mini->isCheckable());
         QVERIFY(!mini->isChecked());
         mini->trigger();
-        QVERIFY(miniIsShown());
+        QVERIFY(miniMonitor()->isVisible());
         QVERIFY(fixture.button(u"Show mini monitor"_s)->isChecked());
         QCOMPARE(WindowFixture::stored(u"miniWidgetEnabled"_s).toBool(), true);
         mini->trigger();
-        QVERIFY(!miniIsShown());
+        QVERIFY(!miniMonitor()->isVisible());
         QVERIFY(!fixture.button(u"Show mini monitor"_s)->isChecked());
         QCOMPARE(WindowFixture::stored(u"miniWidgetEnabled"_s).toBool(), false);
     }

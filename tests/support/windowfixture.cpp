@@ -50,6 +50,16 @@ QTimer *sampleTimer(const LumetraWindow &window)
     qFatal("the window has no sampling timer");
 }
 
+MiniSpeedWidget *miniMonitor()
+{
+    const auto topLevels = QApplication::topLevelWidgets();
+    for (QWidget *widget : topLevels) {
+        if (auto *mini = dynamic_cast<MiniSpeedWidget *>(widget))
+            return mini;
+    }
+    qFatal("there is no mini monitor");
+}
+
 void prepareTestProcess()
 {
     static const QTemporaryDir directory;

@@ -102,6 +102,9 @@ private:
 /// The timer whose timeouts are the window's ticks; fails the test when there is none.
 QTimer *sampleTimer(const LumetraWindow &window);
 
+/// The window's mini monitor, shown or not; fails the test when there is none.
+MiniSpeedWidget *miniMonitor();
+
 /// Prepares the test process: names as the program's, a settings directory of its own.
 void prepareTestProcess();
 
