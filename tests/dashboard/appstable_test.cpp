@@ -8,6 +8,18 @@ namespace {
 
 const QString noRate = u"0 B/s"_s;
 
+/// Opens the window, and a tick brings it two applications, "alpha" with the more sockets, and
+/// rates: 1.0 KB/s down, 2.0 KB/s up.
+void openWithTwoApplications(WindowFixture &fixture)
+{
+    fixture.system().setCounters(0, 0);
+    fixture.open();
+    fixture.system().setCounters(1024, 2048);
+    fixture.system().addProcess(1, u"alpha"_s, 5);
+    fixture.system().addProcess(2, u"beta"_s, 3);
+    fixture.tick();
+}
+
 /// Notes what a table paints.
 class PaintedCells : public QObject
 {
@@ -98,12 +110,7 @@ private Q_SLOTS:
     void theSystemRowCarriesTheRatesAndTheNumberOfApplications()
     {
         WindowFixture fixture;
-        fixture.system().setCounters(0, 0);
-        fixture.open();
-        fixture.system().setCounters(1024, 2048);
-        fixture.system().addProcess(1, u"alpha"_s, 5);
-        fixture.system().addProcess(2, u"beta"_s, 3);
-        fixture.tick();
+        openWithTwoApplications(fixture);
         QTableWidget *table = fixture.appsTable();
         QCOMPARE(WindowFixture::rowTexts(table, 0),
                  (QStringList{u"This PC"_s, u"1.0 KB/s"_s, u"2.0 KB/s"_s, u"Normal"_s, u"Off"_s,
@@ -118,12 +125,7 @@ private Q_SLOTS:
     {
         WindowFixture fixture;
         WindowFixture::store(u"showSystemRow"_s, false);
-        fixture.system().setCounters(0, 0);
-        fixture.open();
-        fixture.system().setCounters(1024, 2048);
-        fixture.system().addProcess(1, u"alpha"_s, 5);
-        fixture.system().addProcess(2, u"beta"_s, 3);
-        fixture.tick();
+        openWithTwoApplications(fixture);
         QTableWidget *table = fixture.appsTable();
         QCOMPARE(WindowFixture::rowTexts(table, 0).mid(0, 3),
                  (QStringList{u"  alpha"_s, u"1.0 KB/s"_s, u"2.0 KB/s"_s}));
