@@ -1,5 +1,6 @@
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
+#include "tests/desktop/support/windowlayout.h"
 
 #include <QtTest>
 
@@ -10,11 +11,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 // Places in the window.
-constexpr QPoint minimizeButton(1065, 17);
-constexpr QPoint maximizeButton(1110, 17);
-constexpr QPoint closeButton(1154, 17);
-constexpr QPoint fileMenu(346, 60);
-constexpr QPoint rulesButton(94, 245);
 constexpr QPoint rulesFilter(527, 142);
 constexpr QPoint firstRule(500, 218);
 constexpr QPoint firstDownloadLimit(977, 218);

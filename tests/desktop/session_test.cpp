@@ -1,15 +1,13 @@
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
 #include "tests/desktop/support/sessionmanager.h"
+#include "tests/desktop/support/windowlayout.h"
 
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr QPoint minimizeButton(1065, 17);
-constexpr QPoint fileMenu(346, 60);
 
 /// The program as a client of a session, hiding into the tray when its window is closed. It is
 /// paused, so that it saves nothing but what the session's end or a close makes it save.

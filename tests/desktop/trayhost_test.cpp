@@ -1,6 +1,7 @@
 #include "tests/desktop/support/embeddingtray.h"
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
+#include "tests/desktop/support/windowlayout.h"
 
 #include <QtTest>
 
@@ -8,8 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-// The left half of the mark, below its letter.
-const QColor markColour(0x15, 0xa3, 0x4a);
+// Of the embedded icon, on the screen.
 constexpr QPoint markPosition(4, 18);
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "tests/desktop/support/embeddingtray.h"
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
+#include "tests/desktop/support/windowlayout.h"
 
 #include <QtTest>
 
@@ -29,11 +30,6 @@ struct Running
     NotifierTray tray{desktop.bus(u"tray"_s)};
     Program program;
 };
-
-// The left half of the mark, below its letter, and the button of a page in the sidebar.
-const QColor markColour(0x15, 0xa3, 0x4a);
-const QColor checkedColour(0x15, 0xa3, 0x4a);
-constexpr QPoint rulesButton(40, 245);
 
 } // namespace
 

@@ -1,5 +1,6 @@
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
+#include "tests/desktop/support/windowlayout.h"
 
 #include <QtTest>
 
@@ -17,10 +18,6 @@ const QColor miniColour(0x80, 0xf8, 0xff);
 constexpr int titleBarHeight = 34;
 constexpr int sidebarHeight = 766;
 constexpr QPoint titleBar(300, 17);
-constexpr QPoint closeButton(1154, 17);
-constexpr QPoint maximizeButton(1110, 17);
-constexpr QPoint rulesButton(40, 245);
-const QColor checkedColour(0x15, 0xa3, 0x4a);
 
 /// The program on a Wayland compositor, which shows its screen on an X server and is given that
 /// one's pointer.

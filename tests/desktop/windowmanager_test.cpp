@@ -1,5 +1,6 @@
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
+#include "tests/desktop/support/windowlayout.h"
 
 #include <QtTest>
 
@@ -11,8 +12,6 @@ constexpr QRect wholeScreen(0, 0, 1600, 1000);
 // Places in the window.
 constexpr QPoint titleText(60, 17);
 constexpr QPoint titleBar(500, 17);
-constexpr QPoint minimizeButton(1065, 17);
-constexpr QPoint maximizeButton(1110, 17);
 constexpr QPoint page(500, 400);
 
 /// The program with its window and the mini monitor.
