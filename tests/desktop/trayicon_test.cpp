@@ -31,6 +31,33 @@ struct Running
     Program program;
 };
 
+/// The program hidden, with its icon embedded in a tray on the X server.
+struct RunningEmbedded
+{
+    RunningEmbedded()
+        : program(desktop, [](AppSettings &settings) { settings.startMinimized = true; })
+    {
+        program.start();
+        QVERIFY(program.ticks());
+        QTRY_VERIFY(tray.hasIcon());
+        QVERIFY(!program.window().isShown());
+    }
+
+    void clickIcon(int button) { desktop.act(u"mousemove 12 12 click %1"_s.arg(button)); }
+    /// Opens the icon's menu and presses keys that close it.
+    void choose(const QString &keys)
+    {
+        clickIcon(3);
+        QTRY_VERIFY(!desktop.screen().menu(program.pid()).isEmpty());
+        desktop.act(u"key "_s + keys);
+        QTRY_VERIFY(desktop.screen().menu(program.pid()).isEmpty());
+    }
+
+    Desktop desktop;
+    const EmbeddingTray tray{desktop.display()};
+    Program program;
+};
+
 } // namespace
 
 /// The icon and its menu, as a desktop's tray gets and uses them.
@@ -158,40 +185,22 @@ void TrayIconTest::aProfileIsAppliedAndMarksNoEntry()
 
 void TrayIconTest::anEmbeddedIconOpensTheWindowByAClick()
 {
-    Desktop desktop;
-    const EmbeddingTray tray(desktop.display());
-    Program program(desktop, [](AppSettings &settings) { settings.startMinimized = true; });
-    program.start();
-    QVERIFY(program.ticks());
-    QTRY_VERIFY(tray.icon() != XCB_WINDOW_NONE);
-    QVERIFY(!program.window().isShown());
-    desktop.act(u"mousemove 12 12 click 1"_s);
-    QVERIFY(program.isActive());
+    RunningEmbedded running;
+    running.clickIcon(1);
+    QVERIFY(running.program.isActive());
 }
 
 void TrayIconTest::anEmbeddedIconsMenuIsUsedWhileTheWindowIsHidden()
 {
-    Desktop desktop;
-    const EmbeddingTray tray(desktop.display());
-    Program program(desktop, [](AppSettings &settings) { settings.startMinimized = true; });
-    program.start();
-    QVERIFY(program.ticks());
-    QTRY_VERIFY(tray.icon() != XCB_WINDOW_NONE);
-
-    const auto choose = [&](const QString &keys) {
-        desktop.act(u"mousemove 12 12 click 3"_s);
-        QTRY_VERIFY(!desktop.screen().menu(program.pid()).isEmpty());
-        desktop.act(u"key "_s + keys);
-        QTRY_VERIFY(desktop.screen().menu(program.pid()).isEmpty());
-    };
-    choose(u"Escape"_s);
-    QVERIFY(program.ticks());
-    choose(u"Up Up Up Return"_s); // the third from below
-    QTRY_VERIFY(program.mini().isShown());
-    QVERIFY(program.ticks());
-    QVERIFY(!program.window().isShown());
-    choose(u"Up Return"_s);
-    QVERIFY(program.endsWell());
+    RunningEmbedded running;
+    running.choose(u"Escape"_s);
+    QVERIFY(running.program.ticks());
+    running.choose(u"Up Up Up Return"_s); // the third from below
+    QTRY_VERIFY(running.program.mini().isShown());
+    QVERIFY(running.program.ticks());
+    QVERIFY(!running.program.window().isShown());
+    running.choose(u"Up Return"_s);
+    QVERIFY(running.program.endsWell());
 }
 
 QTEST_GUILESS_MAIN(TrayIconTest)

@@ -50,7 +50,7 @@ EmbeddingTray::EmbeddingTray(const QString &display)
 EmbeddingTray::~EmbeddingTray()
 {
     // What a tray that ends has embedded goes back to where it came from (XEmbed Protocol).
-    if (m_icon != XCB_WINDOW_NONE)
+    if (hasIcon())
         xcb_reparent_window(m_connection, m_icon, m_root, 0, 0);
     xcb_flush(m_connection);
     xcb_disconnect(m_connection);

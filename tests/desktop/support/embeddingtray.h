@@ -15,8 +15,7 @@ public:
     explicit EmbeddingTray(const QString &display);
     ~EmbeddingTray() override;
 
-    /// The embedded icon's window; none when there is none.
-    xcb_window_t icon() const { return m_icon; }
+    bool hasIcon() const { return m_icon != XCB_WINDOW_NONE; }
 
 private:
     void handleEvents();
@@ -24,6 +23,6 @@ private:
     xcb_connection_t *m_connection = nullptr;
     xcb_window_t m_root = XCB_WINDOW_NONE;
     xcb_window_t m_socket = XCB_WINDOW_NONE; ///< shows the icon
-    xcb_window_t m_icon = XCB_WINDOW_NONE;
+    xcb_window_t m_icon = XCB_WINDOW_NONE; ///< the embedded icon's own
     xcb_atom_t m_opcode = XCB_ATOM_NONE;
 };
