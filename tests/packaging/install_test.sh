@@ -2,19 +2,9 @@
 # install_test.sh BUILD_FOLDER
 # Installs into an empty folder and looks for what a desktop needs to offer and start the program.
 set -euo pipefail
+source tests/packaging/expect.sh
 root=$(mktemp --directory)
 trap 'rm -r "$root"' EXIT
-failures=0
-
-expect()
-{
-    local what=$1
-    shift
-    if ! "$@"; then
-        echo "FAIL: $what"
-        failures=$((failures + 1))
-    fi
-}
 
 cmake --install "$1" --prefix "$root" >/dev/null
 

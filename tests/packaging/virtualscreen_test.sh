@@ -2,20 +2,10 @@
 # virtualscreen_test.sh PROGRAM
 # Runs the program as ./run does on a machine without a display, and interrupts it.
 set -euo pipefail
+source tests/packaging/expect.sh
 scratch=$(mktemp --directory)
 trap 'rm -r "$scratch"' EXIT
 screenshot=$scratch/screenshot.png
-failures=0
-
-expect()
-{
-    local what=$1
-    shift
-    if ! "$@"; then
-        echo "FAIL: $what"
-        failures=$((failures + 1))
-    fi
-}
 
 # shellcheck disable=SC2317 # called by expect
 is_running()
