@@ -234,8 +234,9 @@ void CellDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInd
 bool CellDelegate::eventFilter(QObject *object, QEvent *event)
 {
     // The table would look up the next cell first and have the editor commit then, which may
-    // rebuild the table and leave it with no cell at all.
-    if (object == openEditor && event->type() == QEvent::KeyPress
+    // rebuild the table and leave it with no cell at all. Events also come from an editor that is
+    // being destroyed and is no QLineEdit any more; none of them is of a key.
+    if (event->type() == QEvent::KeyPress && object == openEditor
         && leavesEditor(static_cast<const QKeyEvent &>(*event)))
         table->setFocus(Qt::OtherFocusReason);
     return QStyledItemDelegate::eventFilter(object, event);

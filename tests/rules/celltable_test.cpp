@@ -1,5 +1,6 @@
 #include "rules/celltable.h"
 #include "rules/tablecells.h"
+#include "tests/support/celleditor.h"
 
 #include <QtTest>
 
@@ -25,7 +26,7 @@ void fill(CellTable &table, const QStringList &texts)
 
 } // namespace
 
-/// The widths of columns that follow their contents.
+/// The widths of columns that follow their contents, and the end of a table.
 class CellTableTest : public QObject
 {
     Q_OBJECT
@@ -91,6 +92,14 @@ private Q_SLOTS:
         fill(*table, {u"a text that is longer than before"_s});
         awaitWidthOf({u"a text that is longer than before"_s});
         QCOMPARE(table->columnWidth(2), before);
+    }
+
+    void aTableMayEndWhileItIsEdited()
+    {
+        table->setFocus();
+        table->editItem(table->item(0, textColumn));
+        QVERIFY(openEditor(table.get()));
+        table.reset();
     }
 
 private:
