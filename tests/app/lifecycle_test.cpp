@@ -34,6 +34,7 @@ private Q_SLOTS:
         const QTimer *timer = sampleTimer(fixture.window());
         QCOMPARE(timer->interval(), 750);
         QVERIFY(timer->isActive());
+        QVERIFY(!timer->isSingleShot());
         QCOMPARE(fixture.appsTable()->rowCount(), 0);
         QTRY_COMPARE(fixture.appsTable()->rowCount(), 2);
     }

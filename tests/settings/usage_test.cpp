@@ -16,10 +16,10 @@ UsageCounters countersOn(QDate date, quint64 today, quint64 month)
     return {usageDayKey(date), usageMonthKey(date), today, month, true, true};
 }
 
-/// Counters that started anew on this day, with a tick of these bytes.
-UsageCounters newMonthOn(QDate date, quint64 bytes)
+/// Counters that started anew on the day of this key, with a tick of these bytes.
+UsageCounters newMonthOn(const QString &dayKey, const QString &monthKey, quint64 bytes)
 {
-    return {usageDayKey(date), usageMonthKey(date), bytes, bytes, false, false};
+    return {dayKey, monthKey, bytes, bytes, false, false};
 }
 
 UsageCounters withMonthBytes(quint64 bytes)
@@ -98,14 +98,14 @@ void UsageTest::aNewMonthRestartsBothAndAllowsAlertsAgain()
 {
     UsageCounters usage = countersOn({2026, 1, 31}, 10, 100);
     updateUsageCounters(usage, 0, {2026, 2, 1});
-    QCOMPARE(usage, newMonthOn({2026, 2, 1}, 0));
+    QCOMPARE(usage, newMonthOn(u"2026-02-01"_s, u"2026-02"_s, 0));
 }
 
 void UsageTest::aNewYearRestartsBoth()
 {
     UsageCounters usage = countersOn({2026, 12, 31}, 10, 100);
     updateUsageCounters(usage, 3, {2027, 1, 1});
-    QCOMPARE(usage, newMonthOn({2027, 1, 1}, 3));
+    QCOMPARE(usage, newMonthOn(u"2027-01-01"_s, u"2027-01"_s, 3));
 }
 
 void UsageTest::theLeapDayIsADayOfFebruary()
@@ -114,7 +114,7 @@ void UsageTest::theLeapDayIsADayOfFebruary()
     updateUsageCounters(usage, 1, {2028, 2, 29});
     QCOMPARE(usage, countersOn({2028, 2, 29}, 1, 101));
     updateUsageCounters(usage, 2, {2028, 3, 1});
-    QCOMPARE(usage, newMonthOn({2028, 3, 1}, 2));
+    QCOMPARE(usage, newMonthOn(u"2028-03-01"_s, u"2028-03"_s, 2));
 }
 
 void UsageTest::midMonthRestartsNothing()
@@ -131,14 +131,14 @@ void UsageTest::missedDaysAndMonthsAreNotCaughtUp()
     updateUsageCounters(usage, 1, {2026, 1, 25});
     QCOMPARE(usage, countersOn({2026, 1, 25}, 1, 101));
     updateUsageCounters(usage, 1, {2026, 7, 25});
-    QCOMPARE(usage, newMonthOn({2026, 7, 25}, 1));
+    QCOMPARE(usage, newMonthOn(u"2026-07-25"_s, u"2026-07"_s, 1));
 }
 
 void UsageTest::aClockSetBackRestartsTheCounters()
 {
     UsageCounters usage = countersOn({2026, 2, 1}, 10, 100);
     updateUsageCounters(usage, 1, {2026, 1, 31});
-    QCOMPARE(usage, newMonthOn({2026, 1, 31}, 1));
+    QCOMPARE(usage, newMonthOn(u"2026-01-31"_s, u"2026-01"_s, 1));
 }
 
 void UsageTest::emptyKeysCountAsAnotherDay()
@@ -147,14 +147,14 @@ void UsageTest::emptyKeysCountAsAnotherDay()
     usage.todayBytes = 10;
     usage.monthBytes = 100;
     updateUsageCounters(usage, 1, {2026, 2, 1});
-    QCOMPARE(usage, newMonthOn({2026, 2, 1}, 1));
+    QCOMPARE(usage, newMonthOn(u"2026-02-01"_s, u"2026-02"_s, 1));
 }
 
 void UsageTest::theSameMonthOfAnotherYearIsAnotherMonth()
 {
     UsageCounters usage = countersOn({2025, 2, 1}, 10, 100);
     updateUsageCounters(usage, 1, {2026, 2, 1});
-    QCOMPARE(usage, newMonthOn({2026, 2, 1}, 1));
+    QCOMPARE(usage, newMonthOn(u"2026-02-01"_s, u"2026-02"_s, 1));
 }
 
 void UsageTest::theNewDayStartsWithItsFirstTick()
