@@ -1,9 +1,9 @@
 #include "app/lumetrawindow.h"
 
 #include "dashboard/icons.h"
-#include "rules/celltable.h"
 #include "sampling/systemqueries.h"
 #include "shell/minispeedwidget.h"
+#include "widgets/celltable.h"
 
 #include <QAction>
 #include <QApplication>

@@ -4,10 +4,10 @@
 // waited for.
 #include "app/lumetrawindow.h"
 #include "bench/report.h"
-#include "rules/tablecells.h"
 #include "shell/theme.h"
 #include "tests/support/scriptedsystem.h"
 #include "tests/support/windowfixture.h"
+#include "widgets/tablecells.h"
 
 #include <QApplication>
 #include <QElapsedTimer>

@@ -2,8 +2,8 @@
 
 #include "app/formatting.h"
 #include "dashboard/appsfilter.h"
-#include "rules/celltable.h"
-#include "rules/tablecells.h"
+#include "widgets/celltable.h"
+#include "widgets/tablecells.h"
 
 #include <QLabel>
 #include <QScopedValueRollback>

@@ -1,12 +1,12 @@
 #include "app/lumetrawindow.h"
 
 #include "dashboard/icons.h"
-#include "dashboard/ratelabel.h"
-#include "rules/celltable.h"
 #include "settings/profiles.h"
-#include "shell/darkcombobox.h"
-#include "shell/namedwidgets.h"
-#include "shell/slimscrollbar.h"
+#include "widgets/celltable.h"
+#include "widgets/darkcombobox.h"
+#include "widgets/namedwidgets.h"
+#include "widgets/ratelabel.h"
+#include "widgets/slimscrollbar.h"
 
 #include <QAction>
 #include <QGridLayout>

@@ -1,8 +1,8 @@
 #include "app/lumetrawindow.h"
 
-#include "rules/celltable.h"
 #include "sampling/connections.h"
 #include "sampling/systemqueries.h"
+#include "widgets/celltable.h"
 
 #include <QLabel>
 

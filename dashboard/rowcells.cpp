@@ -1,7 +1,7 @@
 #include "app/lumetrawindow.h"
 
 #include "app/formatting.h"
-#include "rules/celltable.h"
+#include "widgets/celltable.h"
 
 #include <array>
 

@@ -1,7 +1,7 @@
 #include "app/lumetrawindow.h"
 
-#include "rules/celltable.h"
-#include "rules/tablecells.h"
+#include "widgets/celltable.h"
+#include "widgets/tablecells.h"
 
 #include <QLabel>
 

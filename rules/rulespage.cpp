@@ -1,11 +1,11 @@
 #include "app/lumetrawindow.h"
 
-#include "rules/celldelegate.h"
-#include "rules/celltable.h"
 #include "rules/ruleslist.h"
-#include "rules/tablecells.h"
-#include "shell/badge.h"
-#include "shell/namedwidgets.h"
+#include "widgets/badge.h"
+#include "widgets/celldelegate.h"
+#include "widgets/celltable.h"
+#include "widgets/namedwidgets.h"
+#include "widgets/tablecells.h"
 
 #include <QLabel>
 #include <QLineEdit>

@@ -1,9 +1,9 @@
 #include "app/lumetrawindow.h"
 
 #include "app/formatting.h"
-#include "rules/celltable.h"
 #include "settings/profiles.h"
 #include "shell/minispeedwidget.h"
+#include "widgets/celltable.h"
 
 #include <QAction>
 #include <QCheckBox>

@@ -2,9 +2,9 @@
 
 #include "settings/profiles.h"
 #include "settings/settingspanel.h"
-#include "shell/badge.h"
-#include "shell/namedwidgets.h"
-#include "shell/slimscrollbar.h"
+#include "widgets/badge.h"
+#include "widgets/namedwidgets.h"
+#include "widgets/slimscrollbar.h"
 
 #include <QCheckBox>
 #include <QComboBox>

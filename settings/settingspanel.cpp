@@ -1,8 +1,8 @@
 #include "settings/settingspanel.h"
 
-#include "shell/checkindicator.h"
-#include "shell/darkcombobox.h"
-#include "shell/namedwidgets.h"
+#include "widgets/checkindicator.h"
+#include "widgets/darkcombobox.h"
+#include "widgets/namedwidgets.h"
 
 #include <QComboBox>
 #include <QFrame>

@@ -1,6 +1,6 @@
-#include "rules/checkboxclicks.h"
-#include "rules/tablecells.h"
 #include "tests/support/windowfixture.h"
+#include "widgets/checkboxclicks.h"
+#include "widgets/tablecells.h"
 
 #include <QHeaderView>
 #include <QLineEdit>

@@ -1,7 +1,7 @@
-#include "rules/celldelegate.h"
+#include "widgets/celldelegate.h"
 
-#include "rules/tablecells.h"
-#include "shell/checkindicator.h"
+#include "widgets/checkindicator.h"
+#include "widgets/tablecells.h"
 
 #include <QHelpEvent>
 #include <QKeyEvent>

@@ -1,6 +1,6 @@
-#include "rules/celldelegate.h"
 #include "tests/support/celleditor.h"
 #include "tests/support/windowfixture.h"
+#include "widgets/celldelegate.h"
 
 #include <QHeaderView>
 #include <QHelpEvent>

@@ -1,4 +1,4 @@
-#include "rules/tablecells.h"
+#include "widgets/tablecells.h"
 
 #include <QIcon>
 #include <QTableWidget>

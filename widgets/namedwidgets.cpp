@@ -1,4 +1,4 @@
-#include "shell/namedwidgets.h"
+#include "widgets/namedwidgets.h"
 
 #include <QLabel>
 #include <QPushButton>

@@ -1,4 +1,4 @@
-#include "shell/checkindicator.h"
+#include "widgets/checkindicator.h"
 
 #include <QStyleOptionButton>
 

@@ -1,4 +1,4 @@
-#include "shell/slimscrollbar.h"
+#include "widgets/slimscrollbar.h"
 
 #include <QAbstractScrollArea>
 #include <QPainter>

@@ -1,4 +1,4 @@
-#include "shell/badge.h"
+#include "widgets/badge.h"
 
 #include <QFrame>
 #include <QHBoxLayout>

@@ -1,4 +1,4 @@
-#include "dashboard/ratelabel.h"
+#include "widgets/ratelabel.h"
 
 #include <QPainter>
 

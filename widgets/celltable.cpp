@@ -1,8 +1,8 @@
-#include "rules/celltable.h"
+#include "widgets/celltable.h"
 
-#include "rules/celldelegate.h"
-#include "rules/checkboxclicks.h"
-#include "shell/slimscrollbar.h"
+#include "widgets/celldelegate.h"
+#include "widgets/checkboxclicks.h"
+#include "widgets/slimscrollbar.h"
 
 #include <QEvent>
 #include <QHeaderView>

@@ -1,4 +1,4 @@
-#include "shell/darkcombobox.h"
+#include "widgets/darkcombobox.h"
 
 #include <QAbstractItemView>
 #include <QPainter>

@@ -1,6 +1,6 @@
-#include "rules/checkboxclicks.h"
+#include "widgets/checkboxclicks.h"
 
-#include "rules/tablecells.h"
+#include "widgets/tablecells.h"
 
 #include <QMouseEvent>
 #include <QStyleOptionViewItem>

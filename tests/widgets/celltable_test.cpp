@@ -1,6 +1,6 @@
-#include "rules/celltable.h"
-#include "rules/tablecells.h"
 #include "tests/support/celleditor.h"
+#include "widgets/celltable.h"
+#include "widgets/tablecells.h"
 
 #include <QtTest>
 
