@@ -1,7 +1,9 @@
 #include "app/lumetrawindow.h"
 
-#include "dashboard/icons.h"
+#include "assets/images.h"
+#include "dashboard/applicationicons.h"
 #include "sampling/systemqueries.h"
+#include "shell/endrequests.h"
 #include "shell/minispeedwidget.h"
 #include "widgets/celltable.h"
 
@@ -10,12 +12,13 @@
 #include <QCloseEvent>
 #include <QLabel>
 #include <QPushButton>
-#include <QSystemTrayIcon>
 #include <QTimer>
 
 using namespace Qt::StringLiterals;
 
-LumetraWindow::LumetraWindow() : queries(makeSystemQueries())
+LumetraWindow::LumetraWindow()
+    : queries(makeSystemQueries()),
+      applicationIcons(makeApplicationIcons())
 {
     setWindowTitle(u"Tovan Network Monitor"_s);
     setWindowFlags(Qt::Window | Qt::FramelessWindowHint);
@@ -23,6 +26,9 @@ LumetraWindow::LumetraWindow() : queries(makeSystemQueries())
     resize(1180, 800);
 
     loadSettings();
+    saveRetryTimer = new QTimer(this);
+    saveRetryTimer->setSingleShot(true);
+    connect(saveRetryTimer, &QTimer::timeout, this, [this] { saveSettings(); });
 
     const QIcon icon = assetIcon(u"tovan-site-icon.svg"_s);
     if (canBeDrawn(icon))
@@ -32,6 +38,7 @@ LumetraWindow::LumetraWindow() : queries(makeSystemQueries())
     buildTray();
 
     miniWidget = new MiniSpeedWidget;
+    miniWidget->installEventFilter(this);
     miniWidget->setRates(traffic.currentDownBytes, traffic.currentUpBytes);
     if (settings.miniWidgetEnabled) {
         miniWidget->move(x() + width() - 250, y() + 70);
@@ -52,8 +59,9 @@ LumetraWindow::LumetraWindow() : queries(makeSystemQueries())
 
     // The end of the session may still be cancelled, so it only saves. Where it is not, the program
     // is told to quit, which eventFilter() takes for an Exit.
-    connect(qApp, &QGuiApplication::commitDataRequest, this, [this] { saveSettings(); });
+    connect(qApp, &QGuiApplication::commitDataRequest, this, [this] { saveBeforeTheEnd(); });
     qApp->installEventFilter(this);
+    whenAskedToEnd(this, [this] { exitProgram(); });
 }
 
 LumetraWindow::~LumetraWindow()
@@ -75,15 +83,12 @@ void LumetraWindow::closeEvent(QCloseEvent *event)
 
     if (settings.closeToTray && !quitting) {
         hide();
-        if (trayIcon) {
-            trayIcon->showMessage(u"Still watching your usage"_s,
-                                  u"Tovan is running in the background."_s,
-                                  QSystemTrayIcon::Information, 2500);
-        }
+        showDesktopMessage({DesktopMessage::Kind::Information, u"Still watching your usage"_s,
+                            u"Tovan is running in the background."_s, 2500});
         event->ignore();
         return;
     }
-    saveSettings();
+    saveBeforeTheEnd();
     event->accept();
 }
 
@@ -106,7 +111,7 @@ void LumetraWindow::togglePause()
         paused ? u"background:#3b1218; color:#fecdd3; border:1px solid #7f1d1d;"_s : QString());
     if (trayPauseAction)
         trayPauseAction->setText(paused ? u"Resume monitoring"_s : u"Pause monitoring"_s);
-    setStatus(paused ? u"Monitoring paused"_s : u"Monitoring resumed"_s);
+    announceStatus(paused ? u"Monitoring paused"_s : u"Monitoring resumed"_s);
 }
 
 void LumetraWindow::resetSession()

@@ -6,16 +6,19 @@
 #include "sampling/traffic.h"
 #include "settings/appsettings.h"
 #include "settings/usage.h"
+#include "shell/desktopmessage.h"
 #include "shell/windowdrag.h"
 
 #include <QIcon>
 #include <QMainWindow>
 #include <QMap>
 
+#include <chrono>
 #include <memory>
 #include <optional>
 #include <set>
 
+class ApplicationIcons;
 class CellTable;
 class MiniSpeedWidget;
 class QAction;
@@ -45,7 +48,12 @@ public:
     LumetraWindow();
     ~LumetraWindow() override;
 
+    /// Shows the window and brings it to the front: for another start, the one with that activation
+    /// (shell/activation.h), or for the user, who is at this process's tray icon.
+    void openWindow(const QByteArray &activation = {});
+
 protected:
+    bool event(QEvent *event) override;
     bool eventFilter(QObject *watched, QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
@@ -64,6 +72,8 @@ private:
     void showToast(const QString &text);
     /// Writes a message that lasts until the next dashboard refresh.
     void setStatus(const QString &text);
+    /// Writes one that nothing else tells of, for screen readers to say.
+    void announceStatus(const QString &text);
 
     bool paused = false;
     bool quitting = false; ///< set by the exit commands and by a quit of the system's: closing
@@ -87,8 +97,12 @@ private:
 
     // settings/ -------------------------------------------------------------------------------
     void loadSettings();
-    /// Writes preferences, usage and rules to the store.
+    /// Writes preferences, usage and rules to the store. While that is not possible it is tried
+    /// again, less often each time, and only then.
     void saveSettings();
+    /// The same now, waiting up to two seconds for a store that is in use.
+    void saveBeforeTheEnd();
+    void trySaving(std::chrono::milliseconds patience);
     /// Raises the usage alert that is due now, if any.
     void checkUsageAlerts();
     /// Zeroes today's and the month's bytes, and the session.
@@ -114,6 +128,7 @@ private:
 
     AppSettings settings;
     UsageCounters usage;
+    QTimer *saveRetryTimer = nullptr; ///< runs after a save that was not possible
     QComboBox *settingsProfileCombo = nullptr;
     QLineEdit *allowanceEdit = nullptr;
     QLineEdit *renewalDayEdit = nullptr;
@@ -191,6 +206,7 @@ private:
     QString currentQuickFilter = QStringLiteral("All");
     QString searchText; ///< trimmed text of the search box
     QMap<QString, QString> appPaths; ///< executable paths by application name, never pruned
+    std::unique_ptr<ApplicationIcons> applicationIcons;
     QMap<QString, QIcon> iconCache; ///< by application name, never replaced
     bool fillingAppsTable = false; ///< the table's own changes are no edits of the user
     QLabel *rateLabel = nullptr;
@@ -224,8 +240,12 @@ private:
     /// Builds the tray's menu; its icon follows as soon as the desktop has a tray.
     void buildTray();
     void showTrayIcon(QMenu *menu);
-    /// Shows the window and brings it to the front.
-    void openWindow();
+    /// Shows a message at the tray icon or, as long as there is no tray, through the desktop's
+    /// notification service. Without either it waits for the first that comes, the last one only.
+    void showDesktopMessage(const DesktopMessage &message);
+    void showWaitingMessage();
+    /// Shows a message at the tray icon, which must be there.
+    void showBalloon(const DesktopMessage &message);
 
     QFrame *titleBar = nullptr;
     QLabel *titleLabel = nullptr;
@@ -235,6 +255,11 @@ private:
     QPushButton *settingsNavButton = nullptr;
     WindowDrag drag;
     QSystemTrayIcon *trayIcon = nullptr; ///< null as long as the desktop has no tray
+    bool trayIconIsEmbedded = false; ///< has a place on the screen: whether its tray is still there
+                                     ///< can then be told without a call to another process
+    int messagesOffered = 0; ///< how many were offered to the notification service
+    int notificationServicesCome = 0; ///< since the start
+    std::optional<DesktopMessage> waitingMessage; ///< for a tray or a notification service
     QAction *trayPauseAction = nullptr;
     QAction *trayMiniAction = nullptr;
     MiniSpeedWidget *miniWidget = nullptr; ///< no parent; lives until the process ends

@@ -1,4 +1,8 @@
 #include "app/lumetrawindow.h"
+#include "settings/userstore.h"
+#include "shell/activation.h"
+#include "shell/privilegedstart.h"
+#include "shell/runningprocess.h"
 
 #include <QApplication>
 
@@ -6,6 +10,11 @@ using namespace Qt::StringLiterals;
 
 int main(int argc, char *argv[])
 {
+    guardPrivilegedStart(argc, argv);
+    const auto process = becomeRunningProcess(storeName(), activationOfThisStart());
+    if (!process)
+        return 0;
+
     const QApplication application(argc, argv);
     // The two names together select the settings store.
     QCoreApplication::setApplicationName(u"Tovan Network Monitor"_s);
@@ -13,5 +22,6 @@ int main(int argc, char *argv[])
 
     LumetraWindow window;
     window.show();
+    process->answerWith([&window](const QByteArray &activation) { window.openWindow(activation); });
     return QApplication::exec();
 }

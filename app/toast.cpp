@@ -1,5 +1,7 @@
 #include "app/lumetrawindow.h"
 
+#include "widgets/announcement.h"
+
 #include <QFrame>
 #include <QLabel>
 #include <QTimer>
@@ -15,6 +17,7 @@ void LumetraWindow::showToast(const QString &text)
         return;
 
     toastLabel->setText(text);
+    toastFrame->setAccessibleName(text);
     toastFrame->adjustSize();
     const QSize hint = toastFrame->sizeHint();
     const int width = std::clamp(hint.width(), 230, 360);
@@ -22,6 +25,7 @@ void LumetraWindow::showToast(const QString &text)
     toastFrame->move(std::max(12, centralWidget()->width() - width - 24), 46);
     toastFrame->show();
     toastFrame->raise();
+    announce(*toastFrame);
 
     // Every toast brings its own end; a later one is hidden by the earlier one's.
     QTimer::singleShot(2800ms, this, [this] {
@@ -34,4 +38,11 @@ void LumetraWindow::setStatus(const QString &text)
 {
     if (statusLabel)
         statusLabel->setText(text);
+}
+
+void LumetraWindow::announceStatus(const QString &text)
+{
+    setStatus(text);
+    if (statusLabel)
+        announce(*statusLabel);
 }

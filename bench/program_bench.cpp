@@ -40,7 +40,9 @@ public:
           m_programs(QCoreApplication::applicationDirPath() + "/load-XXXXXX"_L1)
     {
         qputenv("XDG_RUNTIME_DIR", m_home.path().toLocal8Bit());
-        m_desktop.startServices();
+        m_desktop.connect();
+        TestDesktop::start(TestDesktop::Service::Tray);
+        TestDesktop::start(TestDesktop::Service::Notifications);
         m_manager.emplace(u"openbox"_s, m_home.path());
         m_screen.emplace();
         m_load.emplace(LoadShape{"desktop", 150, 8, 2, 60}, m_programs.path().toStdString());
@@ -144,12 +146,10 @@ void measureProcessor(Surroundings &surroundings, Report &report, int rounds, in
 double growthAMinute(const QList<double> &values)
 {
     const auto count = double(values.size());
-    double sum = 0;
     double weighted = 0;
     double weights = 0;
     for (qsizetype i = 0; i < values.size(); ++i) {
         const double fromMiddle = double(i) - (count - 1) / 2;
-        sum += values.at(i);
         weighted += fromMiddle * values.at(i);
         weights += fromMiddle * fromMiddle;
     }

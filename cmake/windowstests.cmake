@@ -2,23 +2,12 @@
 # a cross compiler as part of the whole build, whose tests join this build's tests and run in Wine.
 include(ExternalProject)
 
-set(missing "")
-find_program(TOVAN_MINGW_COMPILER x86_64-w64-mingw32-g++-posix)
-find_program(TOVAN_WINE NAMES wine wine64 wine-stable)
-find_path(TOVAN_GOOGLETEST_SOURCES googletest/CMakeLists.txt PATHS /usr/src/googletest NO_DEFAULT_PATH)
-foreach(need IN ITEMS
-        "TOVAN_MINGW_COMPILER:g++-mingw-w64-x86-64"
-        "TOVAN_WINE:wine wine64"
-        "TOVAN_GOOGLETEST_SOURCES:libgtest-dev")
-    string(REPLACE ":" ";" need "${need}")
-    list(GET need 0 variable)
-    list(GET need 1 packages)
-    if(NOT ${variable})
-        string(APPEND missing " ${packages}")
-    endif()
-endforeach()
-if(missing)
-    message(WARNING "The Windows backend is NOT built and NOT tested here. Missing packages:${missing}")
+tovan_needs(hasAll "the Windows backend"
+    x86_64-w64-mingw32-g++-posix:g++-mingw-w64-x86-64
+    wine:wine
+    /usr/lib/wine/wine64:wine64
+    /usr/src/googletest/googletest/CMakeLists.txt:libgtest-dev)
+if(NOT hasAll)
     return()
 endif()
 
@@ -30,7 +19,7 @@ ExternalProject_Add(windows_backend_tests
     CMAKE_ARGS
         -DCMAKE_TOOLCHAIN_FILE=${PROJECT_SOURCE_DIR}/cmake/mingw-w64.cmake
         -DCMAKE_BUILD_TYPE=RelWithDebInfo
-        -DTOVAN_GOOGLETEST_SOURCES=${TOVAN_GOOGLETEST_SOURCES}
+        -DTOVAN_GOOGLETEST_SOURCES=/usr/src/googletest
         -DTOVAN_VERSION=${PROJECT_VERSION}
         -DTOVAN_WARNINGS_AS_ERRORS=ON
     BUILD_ALWAYS ON

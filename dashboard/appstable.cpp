@@ -3,6 +3,7 @@
 #include "app/formatting.h"
 #include "dashboard/appsfilter.h"
 #include "widgets/celltable.h"
+#include "widgets/displaytext.h"
 #include "widgets/tablecells.h"
 
 #include <QLabel>
@@ -20,12 +21,14 @@ void setLabelText(QLabel *label, const QString &text)
         label->setText(text);
 }
 
-/// An edit in a cell lasts until the next refresh, and so does the editor it is made in.
-void closeEditor(QTableWidget &table)
+/// Writes the value of a summary card, which screen readers say after the card's title.
+void setCardValue(QLabel *label, const QString &value)
 {
-    QTableWidgetItem *item = table.currentItem();
-    if (item && table.isPersistentEditorOpen(item))
-        table.closePersistentEditor(item);
+    if (!label || label->text() == value)
+        return;
+    label->setText(value);
+    QWidget *card = label->parentWidget();
+    card->setAccessibleName(card->findChild<QLabel *>(u"appMeta"_s)->text() + u' ' + value);
 }
 
 } // namespace
@@ -35,10 +38,10 @@ void LumetraWindow::refreshDashboard()
     const QString downRate = formatRate(traffic.currentDownBytes);
     const QString upRate = formatRate(traffic.currentUpBytes);
     setLabelText(rateLabel, "DL "_L1 + downRate + "    UL "_L1 + upRate);
-    setLabelText(downloadValue, downRate);
-    setLabelText(uploadValue, upRate);
-    setLabelText(activeAppsValue, QString::number(samples.size()));
-    setLabelText(monthValue, formatBytes(usage.monthBytes));
+    setCardValue(downloadValue, downRate);
+    setCardValue(uploadValue, upRate);
+    setCardValue(activeAppsValue, QString::number(samples.size()));
+    setCardValue(monthValue, formatBytes(usage.monthBytes));
 
     if (appsTable)
         refreshAppsTable();
@@ -54,7 +57,7 @@ void LumetraWindow::refreshDashboard()
                      + formatRate(traffic.peakUpBytes) + " up"_L1);
     setLabelText(topAppLabel,
                  samples.isEmpty() ? u"Top app: waiting for activity"_s
-                                   : "Top app: "_L1 + samples.first().name + " ("_L1
+                                   : "Top app: "_L1 + displayedName(samples.first().name) + " ("_L1
                          + QString::number(samples.first().socketTotal()) + " sockets)"_L1);
     setStatus(u"Applications: %1    Today: %2    Month: %3    Package: %4"_s.arg(
         QString::number(samples.size()), formatBytes(usage.todayBytes),
@@ -64,8 +67,11 @@ void LumetraWindow::refreshDashboard()
 
 void LumetraWindow::refreshAppsTable()
 {
+    if (appsTable->postpone([this] { refreshAppsTable(); }))
+        return;
     const QScopedValueRollback filling(fillingAppsTable, true);
-    closeEditor(*appsTable);
+    // An edit in a cell lasts until the next refresh, and so does the editor it is made in.
+    appsTable->dropEdit();
 
     const QList<AppSample> shown
         = shownSamples(samples, rules, {currentTab, currentQuickFilter, searchText});

@@ -1,16 +1,16 @@
 #include "app/lumetrawindow.h"
 
-#include "dashboard/icons.h"
+#include "assets/imagelabel.h"
 #include "settings/profiles.h"
 #include "widgets/celltable.h"
 #include "widgets/darkcombobox.h"
+#include "widgets/elidedlabel.h"
 #include "widgets/namedwidgets.h"
 #include "widgets/ratelabel.h"
 #include "widgets/slimscrollbar.h"
 
 #include <QAction>
 #include <QGridLayout>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -44,9 +44,12 @@ std::pair<QFrame *, QLabel *> makeSummaryCard(const QString &title, const QStrin
     auto *layout = new QVBoxLayout(frame);
     layout->setContentsMargins(14, 10, 14, 10);
     layout->setSpacing(2);
-    layout->addWidget(createLabel(title, u"appMeta"_s));
+    QLabel *titleLabel = createLabel(title, u"appMeta"_s);
+    layout->addWidget(titleLabel);
     QLabel *valueLabel = createLabel(value, u"metricValue"_s);
     layout->addWidget(valueLabel);
+    titleLabel->setBuddy(valueLabel); // says what the value is of
+    frame->setAccessibleName(title + u' ' + value);
     return {frame, valueLabel};
 }
 
@@ -93,11 +96,7 @@ QFrame *LumetraWindow::buildTopBar()
     layout->setContentsMargins(12, 8, 12, 8);
     layout->setSpacing(10);
 
-    auto *wordmark = new QLabel;
-    wordmark->setFixedSize(74, 28);
-    wordmark->setPixmap(
-        assetPixmap(u"tovan-wordmark.svg"_s, wordmark->size(), devicePixelRatioF()));
-    layout->addWidget(wordmark);
+    layout->addWidget(new ImageLabel(u"tovan-wordmark.svg"_s, {74, 28}));
     layout->addSpacing(8);
     layout->addWidget(buildMenuBar(), 0, Qt::AlignVCenter);
     layout->addStretch();
@@ -107,6 +106,9 @@ QFrame *LumetraWindow::buildTopBar()
     layout->addWidget(rateLabel);
 
     profileCombo = new DarkComboBox;
+    profileCombo->setAccessibleName(u"Profile"_s);
+    // On Linux the toolkit calls a combo box by what it shows, and asks its label for the rest.
+    profileCombo->setAccessibleDescription(u"Profile"_s);
     profileCombo->addItems(profileNames());
     profileCombo->setCurrentText(settings.currentProfile);
     connect(profileCombo, &QComboBox::currentTextChanged, this, [this](const QString &text) {
@@ -125,6 +127,7 @@ QFrame *LumetraWindow::buildTopBar()
     searchBox = new QLineEdit;
     searchBox->setObjectName("search"_L1);
     searchBox->setPlaceholderText(u"Search app..."_s);
+    searchBox->setAccessibleName(searchBox->placeholderText());
     connect(searchBox, &QLineEdit::textChanged, this, [this](const QString &text) {
         searchText = text.trimmed();
         searchBox->setProperty("active", !searchText.isEmpty());
@@ -170,7 +173,7 @@ QMenuBar *LumetraWindow::buildMenuBar()
         infoDetails->setText(u"Tovan Network Monitor\n"
                              "Interactive desktop bandwidth control prototype.\n"
                              "Built with Qt and C++."_s);
-        setStatus(u"About opened in Info View"_s);
+        announceStatus(u"About opened in Info View"_s);
     });
     return bar;
 }
@@ -254,7 +257,8 @@ void LumetraWindow::buildAppsTable()
 {
     appsTable = new CellTable({u"Name"_s, u"DL Rate"_s, u"UL Rate"_s, u"Priority"_s, u"DL Limit"_s,
                                u"UL Limit"_s, u"Block"_s, u"Sockets"_s});
-    appsTable->verticalHeader()->setDefaultSectionSize(settings.compactMode ? 22 : 30);
+    appsTable->setAccessibleName(u"Dashboard"_s);
+    appsTable->setRowHeight(settings.compactMode ? 22 : 30);
     connect(appsTable, &QTableWidget::currentCellChanged, this,
             [this](int row) { showDetails(row); });
     connect(appsTable, &QTableWidget::customContextMenuRequested, this,
@@ -273,17 +277,21 @@ QFrame *LumetraWindow::buildInfoView()
     layout->setSpacing(8);
 
     layout->addWidget(createLabel(u"Info View"_s, u"classicTitle"_s));
-    infoHeading = createLabel(u"System overview"_s, u"classicBlue"_s);
+    infoHeading = new ElidedLabel(u"System overview"_s);
+    infoHeading->setObjectName("classicBlue"_L1);
     layout->addWidget(infoHeading);
     layout->addWidget(createLabel(u"Details"_s));
 
     auto *scroll = new QScrollArea;
     scroll->setObjectName("infoScroll"_L1);
+    scroll->setAccessibleName(u"Details"_s);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
     scroll->setMinimumHeight(155);
     scroll->setMaximumHeight(190);
     auto *details = new QWidget;
+    // Its square corners would cover the round ones of the box.
+    details->setStyleSheet(u"background:transparent;"_s);
     auto *detailsLayout = new QVBoxLayout(details);
     detailsLayout->setContentsMargins(10, 8, 10, 8);
     infoDetails = createLabel(u"Select an app to inspect its rules and connections."_s);
@@ -315,7 +323,8 @@ QFrame *LumetraWindow::buildInfoView()
     layout->addWidget(sessionLabel);
     peakLabel = createLabel(u"Peak: 0 B/s down | 0 B/s up"_s);
     layout->addWidget(peakLabel);
-    topAppLabel = createLabel(u"Top app: waiting..."_s);
+    topAppLabel = new ElidedLabel(u"Top app: waiting..."_s);
+    topAppLabel->setObjectName("classicText"_L1);
     layout->addWidget(topAppLabel);
     layout->addStretch();
     return panel;

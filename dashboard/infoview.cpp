@@ -3,6 +3,7 @@
 #include "sampling/connections.h"
 #include "sampling/systemqueries.h"
 #include "widgets/celltable.h"
+#include "widgets/displaytext.h"
 
 #include <QLabel>
 
@@ -33,7 +34,7 @@ void LumetraWindow::showDetails(int row)
         return;
 
     const QString name = cellText(*appsTable, row, 0, u"System overview"_s).trimmed();
-    infoHeading->setText(name);
+    infoHeading->setText(displayedName(name));
 
     const AppRule rule = ruleFor(rules, name);
     const auto found = std::find_if(samples.cbegin(), samples.cend(),
@@ -47,10 +48,10 @@ void LumetraWindow::showDetails(int row)
               sample.pid == 0 ? u"-"_s : QString::number(sample.pid), QString::number(sample.tcp),
               QString::number(sample.udp), cellText(*appsTable, row, 1, u"0 B/s"_s),
               cellText(*appsTable, row, 2, u"0 B/s"_s), cellText(*appsTable, row, 7, u"0"_s),
-              rule.priority, onOff(rule.dlLimit), onOff(rule.ulLimit),
+              displayedName(rule.priority), onOff(rule.dlLimit), onOff(rule.ulLimit),
               rule.blocked ? u"Yes"_s : u"No"_s);
     if (!sample.path.isEmpty())
-        details += "\nPath: "_L1 + sample.path;
+        details += "\nPath: "_L1 + displayedName(sample.path);
 
     if (sample.pid != 0) {
         const auto connections = connectionsForPid(*queries, sample.pid, maxConnections);

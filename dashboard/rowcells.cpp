@@ -1,8 +1,11 @@
 #include "app/lumetrawindow.h"
 
 #include "app/formatting.h"
+#include "assets/images.h"
+#include "dashboard/applicationicons.h"
 #include "widgets/celltable.h"
 
+#include <algorithm>
 #include <array>
 
 using namespace Qt::StringLiterals;
@@ -57,4 +60,18 @@ void LumetraWindow::setAppRow(int row, const QString &name, const QString &dlRat
         }
         appsTable->setItem(row, column, item);
     }
+}
+
+QIcon LumetraWindow::appIcon(const QString &name)
+{
+    const auto cached = iconCache.constFind(name);
+    if (cached != iconCache.constEnd())
+        return *cached;
+
+    const auto sample = std::ranges::find(samples, name, &AppSample::name);
+    QIcon icon
+        = applicationIcons->iconOf(appPaths.value(name), sample != samples.end() ? sample->pid : 0);
+    if (!canBeDrawn(icon))
+        icon = assetIcon(u"tovan-site-icon.svg"_s);
+    return *iconCache.insert(name, icon);
 }

@@ -1,17 +1,19 @@
 # shellcheck shell=bash
-# The Debian packages that ./run and ./test need, one name a line, and how they are installed.
+# The Debian packages that ./run, ./test and bench/run need, one name a line, and how they are installed.
 # Sourced, not run.
 
 # To build the program and to start it on a desktop.
-# shellcheck disable=SC2034 # used by ./run and ./test
+# shellcheck disable=SC2034 # used by those that source this
 program_packages=(
     cmake
     fonts-dejavu-core # has every glyph that the pages show
     g++
+    libglib2.0-dev # reads the desktop's entries
     libqt6svg6 # the plug-in that draws the images, loaded at run time
     libx11-dev # with the next one, for the trays of X11 desktops
     libxcb1-dev
     ninja-build
+    pkg-config
     qt6-base-dev
     qt6-wayland
 )
@@ -26,23 +28,55 @@ virtual_screen_packages=(
     xvfb
 )
 
-# To run the tests, which use the virtual screen too.
+# To build the benchmarks.
+# shellcheck disable=SC2034
+benchmark_packages=(
+    libbenchmark-dev
+    libxcb-damage0-dev
+)
+
+# To measure the whole program on a desktop, beside those of other desktops.
+# shellcheck disable=SC2034
+program_bench_packages=(
+    dbus-daemon
+    gnome-system-monitor
+    iproute2
+    openbox
+    xfce4-taskmanager
+    xvfb
+)
+
+# To build and to run the tests, which use the virtual screen too.
 # shellcheck disable=SC2034
 test_packages=(
+    "${program_packages[@]}"
+    "${virtual_screen_packages[@]}"
+    "${benchmark_packages[@]}" # so that their sources are checked like all others
+    appstream
+    blhc # with mmdebstrap, for the package's own test
+    clang # compiles everything once more on the server
     clang-format
     clang-tidy
     dbus-daemon
     desktop-file-utils
+    devscripts # checks how the program is hardened
     g++-mingw-w64-x86-64 # builds the Windows backend, which Wine runs
     iproute2
+    libclang-dev # with llvm-dev, for the plug-in that the sources are checked with
     libgtest-dev # its sources, for the Windows backend's tests
+    librsvg2-bin # draws the icons that are installed
     libice-dev # with libsm-dev, for a session manager of the tests
     libsm-dev
+    llvm-dev
+    mandoc
+    mmdebstrap
     procps
+    qt6-base-private-dev # switches on what screen readers hear, without one
     shellcheck
     weston # a Wayland compositor that runs on an X server
     wine
     wine64
+    x11-xserver-utils # xrandr, which parts a virtual screen into monitors
 )
 
 # Installs those of the named packages that are missing, as root or through sudo.

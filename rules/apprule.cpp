@@ -1,5 +1,7 @@
 #include "rules/apprule.h"
 
+#include "widgets/displaytext.h"
+
 #include <algorithm>
 
 using namespace Qt::StringLiterals;
@@ -54,34 +56,35 @@ QString applyAction(RuleMap &rules, const QString &appName, const QString &actio
 {
     // An unknown action, too, leaves a rule behind.
     AppRule &rule = rules[appName];
+    const QString shownName = displayedName(appName);
 
     if (action == "block"_L1) {
         setSwitch(rule, RuleSwitch::Blocked, !rule.blocked, defaultLimitKbps);
-        return u"%1 %2"_s.arg(appName, rule.blocked ? u"blocked"_s : u"unblocked"_s);
+        return u"%1 %2"_s.arg(shownName, rule.blocked ? u"blocked"_s : u"unblocked"_s);
     }
     if (action == "dl"_L1) {
         setSwitch(rule, RuleSwitch::DlLimit, !rule.dlLimit, defaultLimitKbps);
-        return u"Download limit %1 for %2"_s.arg(onOff(rule.dlLimit), appName);
+        return u"Download limit %1 for %2"_s.arg(onOff(rule.dlLimit), shownName);
     }
     if (action == "ul"_L1) {
         setSwitch(rule, RuleSwitch::UlLimit, !rule.ulLimit, defaultLimitKbps);
-        return u"Upload limit %1 for %2"_s.arg(onOff(rule.ulLimit), appName);
+        return u"Upload limit %1 for %2"_s.arg(onOff(rule.ulLimit), shownName);
     }
     if (action == "high"_L1) {
         rule.priority = u"High"_s;
-        return "High priority: "_L1 + appName;
+        return "High priority: "_L1 + shownName;
     }
     if (action == "low"_L1) {
         rule.priority = u"Low"_s;
-        return "Low priority: "_L1 + appName;
+        return "Low priority: "_L1 + shownName;
     }
     if (action == "normal"_L1) {
         rule.priority = u"Normal"_s;
-        return "Normal priority: "_L1 + appName;
+        return "Normal priority: "_L1 + shownName;
     }
     if (action == "reset"_L1) {
         rules.remove(appName);
-        return "Rule reset: "_L1 + appName;
+        return "Rule reset: "_L1 + shownName;
     }
     return {};
 }

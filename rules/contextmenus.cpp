@@ -1,5 +1,6 @@
 #include "app/lumetrawindow.h"
 
+#include "rules/tableapplications.h"
 #include "widgets/celltable.h"
 #include "widgets/tablecells.h"
 
@@ -11,10 +12,15 @@ namespace {
 
 /// Selects the row at a position of the viewport. Returns its application, an empty text where
 /// there is no row.
-QString selectApplicationAt(QTableWidget &table, QPoint position)
+QString selectApplicationAt(CellTable &table, QPoint position)
 {
-    // The press of the button has opened an editor in the cell; what an older one holds is
-    // committed.
+    if (table.isEditorAt(position)) {
+        // The editor stays open under the menu, so its cell stays current.
+        table.selectionModel()->select(
+            table.currentIndex(), QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+        return applicationInRow(table, table.currentRow());
+    }
+    // What is typed into another cell's editor is committed.
     table.setFocus(Qt::MouseFocusReason);
     const int row = table.rowAt(position.y());
     if (row < 0)

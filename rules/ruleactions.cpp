@@ -1,6 +1,8 @@
 #include "app/lumetrawindow.h"
 
+#include "rules/tableapplications.h"
 #include "widgets/celltable.h"
+#include "widgets/displaytext.h"
 #include "widgets/tablecells.h"
 
 #include <QLabel>
@@ -39,7 +41,11 @@ void LumetraWindow::applyRuleAction(const QString &appName, const QString &actio
         showToast(announcement);
     refreshDashboard();
     saveSettings();
-    setStatus("Rule updated for "_L1 + appName);
+    const QString status = "Rule updated for "_L1 + displayedName(appName);
+    if (announcement.isEmpty())
+        announceStatus(status);
+    else
+        setStatus(status);
 }
 
 void LumetraWindow::toggleSelectedRowCheck(int column)
@@ -48,7 +54,7 @@ void LumetraWindow::toggleSelectedRowCheck(int column)
         return;
     const int row = appsTable->currentRow();
     if (!isRuleTarget(applicationInRow(*appsTable, row))) {
-        setStatus(u"Select an application row first."_s);
+        announceStatus(u"Select an application row first."_s);
         return;
     }
 
@@ -74,7 +80,7 @@ void LumetraWindow::appsTableItemChanged(QTableWidgetItem *item)
 
     const QString text
         = u"%1 %2 for %3"_s.arg(appsTable->horizontalHeaderItem(item->column())->text(),
-                                checked ? u"enabled"_s : u"disabled"_s, appName);
+                                checked ? u"enabled"_s : u"disabled"_s, displayedName(appName));
     showToast(text);
     infoDetails->setText(text);
     showDetails(row);

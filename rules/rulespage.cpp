@@ -2,7 +2,6 @@
 
 #include "rules/ruleslist.h"
 #include "widgets/badge.h"
-#include "widgets/celldelegate.h"
 #include "widgets/celltable.h"
 #include "widgets/namedwidgets.h"
 #include "widgets/tablecells.h"
@@ -13,6 +12,7 @@
 #include <QScopedValueRollback>
 #include <QVBoxLayout>
 
+#include <algorithm>
 #include <array>
 #include <optional>
 #include <utility>
@@ -49,6 +49,7 @@ void setRuleRow(QTableWidget &table, int row, const ListedRule &listed, int defa
         if (cell.checked) {
             item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
             item->setCheckState(*cell.checked ? Qt::Checked : Qt::Unchecked);
+            item->setData(Qt::AccessibleTextRole, table.horizontalHeaderItem(column)->text());
         }
         if (column > 0)
             item->setTextAlignment(Qt::AlignCenter);
@@ -81,6 +82,7 @@ QWidget *LumetraWindow::buildRulesPage()
     auto *search = new QLineEdit;
     search->setObjectName("search"_L1);
     search->setPlaceholderText(u"Filter rules..."_s);
+    search->setAccessibleName(search->placeholderText());
     connect(search, &QLineEdit::textChanged, this, [this](const QString &text) {
         rulesFilterText = text.trimmed();
         refreshRulesTable();
@@ -111,6 +113,7 @@ void LumetraWindow::buildRulesTable()
 {
     rulesTable = new CellTable({u"Application"_s, u"Priority"_s, u"DL"_s, u"UL"_s, u"Block"_s,
                                 u"DL KB/s"_s, u"UL KB/s"_s, u"Sockets"_s});
+    rulesTable->setAccessibleName(u"Rules Manager"_s);
     connect(rulesTable, &QTableWidget::customContextMenuRequested, this,
             [this](QPoint position) { showRulesTableMenu(position); });
     connect(rulesTable, &QTableWidget::itemChanged, this,
@@ -119,7 +122,7 @@ void LumetraWindow::buildRulesTable()
 
 void LumetraWindow::refreshRulesTable()
 {
-    if (!rulesTable)
+    if (!rulesTable || rulesTable->postpone([this] { refreshRulesTable(); }))
         return;
     RulesContents contents{listedRules(samples, rules, {rulesFilterMode, rulesFilterText}),
                            settings.defaultLimitKbps};
@@ -130,22 +133,17 @@ void LumetraWindow::refreshRulesTable()
         return;
 
     const QScopedValueRollback filling(fillingRulesTable, true);
-    CellDelegate &cells = rulesTable->cells();
-    const QString heldName = cells.hold();
-    int heldRow = -1;
-    rulesTable->clearContents();
-    rulesTable->setRowCount(static_cast<int>(std::max<qsizetype>(contents.rows.size(), 1)));
+    const auto inUse = std::ranges::find(contents.rows, rulesTable->nameInUse(), &ListedRule::name);
+    rulesTable->setRows(
+        static_cast<int>(std::max<qsizetype>(contents.rows.size(), 1)),
+        inUse == contents.rows.end() ? -1 : static_cast<int>(inUse - contents.rows.begin()));
     {
         const CellFilling quietly(*rulesTable);
         if (contents.rows.isEmpty())
             rulesTable->setItem(0, 0, new QTableWidgetItem(u"No rules or active apps"_s));
-        for (int row = 0; row < contents.rows.size(); ++row) {
+        for (int row = 0; row < contents.rows.size(); ++row)
             setRuleRow(*rulesTable, row, contents.rows.at(row), contents.defaultLimitKbps);
-            if (contents.rows.at(row).name == heldName)
-                heldRow = row;
-        }
     }
-    cells.restore(heldRow);
     rulesTableContents = std::move(contents);
 }
 
@@ -154,5 +152,5 @@ void LumetraWindow::clearAllRules()
     rules.clear();
     refreshDashboard();
     saveSettings();
-    setStatus(u"All rules cleared"_s);
+    announceStatus(u"All rules cleared"_s);
 }

@@ -2,6 +2,7 @@
 
 #include "sampling/systemqueries.h"
 #include "shell/minispeedwidget.h"
+#include "widgets/displaytext.h"
 
 #include <algorithm>
 
@@ -39,7 +40,7 @@ void LumetraWindow::detectNewApps()
         const auto isNew = [this](const QString &name) { return !knownAppNames.contains(name); };
         const auto found = std::ranges::find_if(names, isNew);
         if (found != names.end())
-            showToast("New network app: "_L1 + *found);
+            showToast("New network app: "_L1 + displayedName(*found));
     }
     knownAppNames = std::move(names);
     knownAppNamesReady = true;

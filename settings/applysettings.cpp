@@ -4,11 +4,11 @@
 #include "settings/profiles.h"
 #include "shell/minispeedwidget.h"
 #include "widgets/celltable.h"
+#include "widgets/displaytext.h"
 
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -64,7 +64,7 @@ void LumetraWindow::applySettingsToUi()
     if (sampleTimer)
         sampleTimer->setInterval(settings.refreshIntervalMs);
     if (appsTable)
-        appsTable->verticalHeader()->setDefaultSectionSize(settings.compactMode ? 22 : 30);
+        appsTable->setRowHeight(settings.compactMode ? 22 : 30);
     refreshDashboard();
 }
 
@@ -105,7 +105,7 @@ void LumetraWindow::refreshSettingsSummary()
         return;
     settingsSummary->setText(
         u"Active profile: %1 / %2 allowance / resets on day %3 / alert levels %4% and %5%"_s.arg(
-            settings.currentProfile, formatBytes(settings.monthlyLimitBytes),
+            displayedName(settings.currentProfile), formatBytes(settings.monthlyLimitBytes),
             QString::number(settings.renewalDay), QString::number(settings.notify80),
             QString::number(settings.notify95)));
 }

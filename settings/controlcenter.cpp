@@ -41,6 +41,7 @@ QWidget *LumetraWindow::buildControlCenterPage()
 {
     auto *scroll = new QScrollArea;
     scroll->setObjectName("settingsScroll"_L1);
+    scroll->setAccessibleName(u"Control Center"_s);
     scroll->setWidgetResizable(true);
     scroll->setFrameShape(QFrame::NoFrame);
 

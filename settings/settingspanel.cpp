@@ -61,6 +61,8 @@ QCheckBox *SettingsPanel::addCheck(const QString &label, bool checked)
 
 void SettingsPanel::addField(const QString &label, QWidget *control)
 {
-    m_layout->addWidget(makeLabel(label, u"metricLabel"_s), m_row, 0);
+    QLabel *caption = makeLabel(label, u"metricLabel"_s);
+    caption->setBuddy(control); // its name for screen readers
+    m_layout->addWidget(caption, m_row, 0);
     m_layout->addWidget(control, m_row++, 1);
 }

@@ -4,6 +4,8 @@
 #include "settings/appsettings.h"
 #include "settings/usage.h"
 
+#include <chrono>
+
 class QSettings;
 
 /// What outlives the program.
@@ -16,6 +18,9 @@ struct StoredState
     bool operator==(const StoredState &) const = default;
 };
 
+/// What an empty store holds: defaults, and counters that start on `today`.
+StoredState emptyState(QDate today);
+
 /// Reads what is there and takes the defaults for the rest; numbers are moved into their bounds.
 /// Counters without a stored day or month start on `today`.
 StoredState readStore(QSettings &store, QDate today);
@@ -25,3 +30,7 @@ void writeStore(QSettings &store, const StoredState &state);
 
 /// Bytes that the store's file takes at most once `state` is written.
 qint64 largestStoreSize(const StoredState &state);
+
+/// How long to wait before the store is tried again that could not be written, when the last such
+/// wait was `last`: longer each time, up to a bound. The first wait follows one of 0.
+std::chrono::milliseconds nextRetryDelay(std::chrono::milliseconds last);

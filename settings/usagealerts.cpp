@@ -1,7 +1,5 @@
 #include "app/lumetrawindow.h"
 
-#include <QSystemTrayIcon>
-
 using namespace Qt::StringLiterals;
 
 void LumetraWindow::checkUsageAlerts()
@@ -16,12 +14,9 @@ void LumetraWindow::checkUsageAlerts()
     const int level = critical ? settings.notify95 : settings.notify80;
     showToast(
         (critical ? u"Critical usage: %1% reached"_s : u"Warning usage: %1% reached"_s).arg(level));
-    if (trayIcon) {
-        trayIcon->showMessage(critical ? u"Monthly data almost finished"_s
-                                       : u"High internet usage"_s,
-                              u"You have used %1% of your monthly package."_s.arg(level),
-                              QSystemTrayIcon::Warning, 4000);
-    }
+    showDesktopMessage({DesktopMessage::Kind::Warning,
+                        critical ? u"Monthly data almost finished"_s : u"High internet usage"_s,
+                        u"You have used %1% of your monthly package."_s.arg(level), 4000});
 }
 
 void LumetraWindow::resetUsageCounters()

@@ -1,7 +1,7 @@
 #include "shell/minispeedwidget.h"
 
 #include "app/formatting.h"
-#include "dashboard/icons.h"
+#include "assets/imagelabel.h"
 #include "shell/theme.h"
 #include "shell/windowdrag.h"
 
@@ -49,10 +49,7 @@ MiniSpeedWidget::MiniSpeedWidget()
     layout->setContentsMargins(16, 12, 16, 12);
 
     auto *header = new QHBoxLayout;
-    auto *icon = new QLabel;
-    icon->setFixedSize(24, 24);
-    icon->setPixmap(assetPixmap(u"tovan-site-icon.svg"_s, icon->size(), devicePixelRatioF()));
-    header->addWidget(icon);
+    header->addWidget(new ImageLabel(u"tovan-site-icon.svg"_s, {24, 24}));
     auto *title = new QLabel(u"Tovan Mini"_s);
     title->setObjectName("miniTitle"_L1);
     header->addWidget(title);
@@ -73,6 +70,16 @@ void MiniSpeedWidget::setRates(quint64 downloadBytes, quint64 uploadBytes)
 {
     downloadLabel->setText("DL "_L1 + formatRate(downloadBytes));
     uploadLabel->setText("UL "_L1 + formatRate(uploadBytes));
+}
+
+bool MiniSpeedWidget::event(QEvent *event)
+{
+    if (event->type() == QEvent::ScreenChangeInternal) {
+        // The window system has the mask in the pixels of the screen before.
+        clearMask();
+        setMask(frameShape(size()));
+    }
+    return QWidget::event(event);
 }
 
 void MiniSpeedWidget::mousePressEvent(QMouseEvent *event)

@@ -17,6 +17,7 @@ public:
     void setRates(quint64 downloadBytes, quint64 uploadBytes);
 
 protected:
+    bool event(QEvent *event) override;
     void mousePressEvent(QMouseEvent *event) override;
     void mouseReleaseEvent(QMouseEvent *event) override;
     void mouseMoveEvent(QMouseEvent *event) override;

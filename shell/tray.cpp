@@ -1,12 +1,15 @@
 #include "app/lumetrawindow.h"
 
-#include "dashboard/icons.h"
+#include "assets/images.h"
 #include "settings/profiles.h"
+#include "shell/activation.h"
 #include "shell/trayhost.h"
 
 #include <QAction>
 #include <QMenu>
 #include <QSystemTrayIcon>
+
+#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -43,7 +46,16 @@ void LumetraWindow::buildTray()
             [this](bool checked) { setMiniWidgetEnabled(checked); });
     connect(exitAction, &QAction::triggered, this, [this] { exitProgram(); });
 
-    whenTrayIsReady(this, [this, menu] { showTrayIcon(menu); });
+    whenTrayIsReady(this, [this, menu] {
+        showTrayIcon(menu);
+        showWaitingMessage();
+    });
+    if (!trayIcon) {
+        whenNotificationServiceComes(this, [this] {
+            ++notificationServicesCome;
+            showWaitingMessage();
+        });
+    }
 }
 
 void LumetraWindow::showTrayIcon(QMenu *menu)
@@ -51,6 +63,7 @@ void LumetraWindow::showTrayIcon(QMenu *menu)
     trayIcon = new QSystemTrayIcon(assetIcon(u"tovan-site-icon.svg"_s), this);
     trayIcon->setContextMenu(menu);
     trayIcon->setVisible(true);
+    trayIconIsEmbedded = trayIcon->geometry().isValid();
     connect(trayIcon, &QSystemTrayIcon::activated, this,
             [this](QSystemTrayIcon::ActivationReason reason) {
                 if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
@@ -58,11 +71,52 @@ void LumetraWindow::showTrayIcon(QMenu *menu)
             });
 }
 
-void LumetraWindow::openWindow()
+void LumetraWindow::showDesktopMessage(const DesktopMessage &message)
+{
+    if (trayIcon && (!trayIconIsEmbedded || QSystemTrayIcon::isSystemTrayAvailable())) {
+        showBalloon(message);
+        return;
+    }
+    // A refusal may come late: after the next message, or after a service.
+    const int number = ++messagesOffered;
+    const int servicesBefore = notificationServicesCome;
+    offerToNotificationService(this, message, [this, message, number, servicesBefore] {
+        if (number != messagesOffered)
+            return;
+        waitingMessage = message;
+        // A tray may have come before the answer, or come back later; of its first coming
+        // buildTray() hears.
+        if (trayIcon) {
+            whenTrayIsReady(this, [this] {
+                if (waitingMessage)
+                    showBalloon(*std::exchange(waitingMessage, std::nullopt));
+            });
+        } else if (notificationServicesCome != servicesBefore) {
+            showWaitingMessage();
+        }
+    });
+}
+
+void LumetraWindow::showWaitingMessage()
+{
+    if (waitingMessage)
+        showDesktopMessage(*std::exchange(waitingMessage, std::nullopt));
+}
+
+void LumetraWindow::showBalloon(const DesktopMessage &message)
+{
+    trayIcon->showMessage(message.title, message.text,
+                          message.kind == DesktopMessage::Kind::Warning
+                              ? QSystemTrayIcon::Warning
+                              : QSystemTrayIcon::Information,
+                          message.milliseconds);
+}
+
+void LumetraWindow::openWindow(const QByteArray &activation)
 {
     // A minimised window counts as shown, and would stay where it is.
     setWindowState(windowState() & ~Qt::WindowMinimized);
     show();
     raise();
-    activateWindow();
+    activateFor(*this, activation);
 }

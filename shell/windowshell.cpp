@@ -1,7 +1,10 @@
 #include "app/lumetrawindow.h"
 
-#include "dashboard/icons.h"
+#include "assets/imagelabel.h"
+#include "shell/minispeedwidget.h"
 #include "shell/theme.h"
+#include "widgets/announcement.h"
+#include "widgets/elidedlabel.h"
 
 #include <QApplication>
 #include <QFrame>
@@ -62,11 +65,11 @@ void LumetraWindow::buildShell()
     toastFrame = new QFrame(root);
     toastFrame->setObjectName("toast"_L1);
     toastFrame->hide();
+    makeNotification(*toastFrame);
     auto *toastLayout = new QHBoxLayout(toastFrame);
     toastLayout->setContentsMargins(14, 9, 14, 9);
-    toastLabel = new QLabel;
+    toastLabel = new ElidedLabel;
     toastLabel->setObjectName("toastText"_L1);
-    toastLabel->setTextFormat(Qt::PlainText);
     toastLayout->addWidget(toastLabel);
 
     connect(dashboardNavButton, &QPushButton::clicked, this, [this] { showDashboardPage(); });
@@ -97,15 +100,17 @@ QFrame *LumetraWindow::buildTitleBar()
     layout->addWidget(titleLabel);
     layout->addStretch();
 
-    const auto addButton = [&](const QString &text, const QString &name, auto onClick) {
-        auto *button = new QPushButton(text);
-        button->setObjectName(name);
-        connect(button, &QPushButton::clicked, this, onClick);
-        layout->addWidget(button);
-    };
-    addButton(u"-"_s, u"windowButton"_s, [this] { showMinimized(); });
-    addButton(u"[]"_s, u"windowButton"_s, [this] { toggleMaximized(*this); });
-    addButton(u"X"_s, u"windowButtonClose"_s, [this] { close(); });
+    const auto addButton
+        = [&](const QString &text, const QString &meaning, const QString &name, auto onClick) {
+              auto *button = new QPushButton(text);
+              button->setAccessibleName(meaning);
+              button->setObjectName(name);
+              connect(button, &QPushButton::clicked, this, onClick);
+              layout->addWidget(button);
+          };
+    addButton(u"-"_s, u"Minimize"_s, u"windowButton"_s, [this] { showMinimized(); });
+    addButton(u"[]"_s, u"Maximize"_s, u"windowButton"_s, [this] { toggleMaximized(*this); });
+    addButton(u"X"_s, u"Close"_s, u"windowButtonClose"_s, [this] { close(); });
     return titleBar;
 }
 
@@ -118,11 +123,9 @@ QFrame *LumetraWindow::buildSidebar()
     layout->setContentsMargins(28, 26, 16, 24);
     layout->setSpacing(18);
 
-    auto *logo = new QLabel;
+    auto *logo = new ImageLabel(u"tovan-wordmark.svg"_s, {154, 62});
     logo->setObjectName("logoWordmark"_L1);
-    logo->setFixedSize(154, 62);
     logo->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
-    logo->setPixmap(assetPixmap(u"tovan-wordmark.svg"_s, logo->size(), devicePixelRatioF()));
     layout->addWidget(logo, 0, Qt::AlignLeft);
     layout->addSpacing(22);
 
@@ -146,6 +149,7 @@ QFrame *LumetraWindow::buildSidebar()
 QPushButton *LumetraWindow::createNavButton(QChar glyph, const QString &label, bool checked)
 {
     auto *button = new QPushButton(glyph + "    "_L1 + label);
+    button->setAccessibleName(label);
     button->setProperty("class", u"nav"_s);
     button->setCheckable(true);
     button->setChecked(checked);
@@ -177,11 +181,22 @@ void LumetraWindow::showSettingsPage()
     showPage(2);
 }
 
+bool LumetraWindow::event(QEvent *event)
+{
+    // The window system has the icon in the pixels of the screen before.
+    if (event->type() == QEvent::ScreenChangeInternal)
+        setWindowIcon(windowIcon());
+    return QMainWindow::event(event);
+}
+
 bool LumetraWindow::eventFilter(QObject *watched, QEvent *event)
 {
     // Windows are asked to close before the program quits: one that only hides would keep it alive.
     if (watched == qApp && event->type() == QEvent::Quit)
         quitting = true;
+    // Closed by the user. The end of the program closes it too, which is no wish to hide it.
+    if (watched == miniWidget && event->type() == QEvent::Close && event->spontaneous())
+        setMiniWidgetEnabled(false);
     if (watched != titleBar && watched != titleLabel)
         return QMainWindow::eventFilter(watched, event);
 

@@ -1,15 +1,15 @@
 #include "widgets/celldelegate.h"
 
+#include "widgets/celllayout.h"
+#include "widgets/cellpainting.h"
 #include "widgets/checkindicator.h"
-#include "widgets/tablecells.h"
+#include "widgets/displaytext.h"
 
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QLineEdit>
 #include <QTableWidget>
 #include <QToolTip>
-
-#include <utility>
 
 using namespace Qt::StringLiterals;
 
@@ -32,11 +32,6 @@ bool leavesEditor(const QKeyEvent &event)
     }
 }
 
-bool isBareCheckBox(const QModelIndex &index)
-{
-    return index.data(Qt::CheckStateRole).isValid() && index.data().toString().isEmpty();
-}
-
 } // namespace
 
 CellDelegate::CellDelegate(QTableWidget *owner) : QStyledItemDelegate(owner), table(owner)
@@ -45,80 +40,37 @@ CellDelegate::CellDelegate(QTableWidget *owner) : QStyledItemDelegate(owner), ta
     table->setWordWrap(false); // a row has one line, and a long text is cut at its end
 }
 
-QString CellDelegate::hold()
+bool CellDelegate::isBareCheckBox(const QModelIndex &index)
 {
-    const QModelIndex cell = openEditor ? QModelIndex(openCell) : table->currentIndex();
-    if (!openEditor && (!isBareCheckBox(cell) || !table->hasFocus()))
-        return {};
-
-    held.column = cell.column();
-    if (openEditor) {
-        QWidget *focus = openEditor->window()->focusWidget();
-        held.editor = openEditor;
-        held.cursor = openEditor->cursorPosition();
-        held.selectionStart = openEditor->selectionStart();
-        held.selectionLength = static_cast<int>(openEditor->selectionLength());
-        held.focusElsewhere = focus == openEditor ? nullptr : focus;
-
-        // What comes is no end of the edit, and the focus has to wait nearby: the toolkit would
-        // hand it to the next widget of the page when the editor is hidden.
-        openEditor->removeEventFilter(this);
-        if (focus == openEditor)
-            table->setFocus(Qt::OtherFocusReason);
-    }
-    const QString rowText = cell.siblingAtColumn(0).data().toString();
-    return rowText.isNull() ? u""_s : rowText;
+    return index.data(Qt::CheckStateRole).isValid() && index.data().toString().isEmpty();
 }
 
-void CellDelegate::restore(int row)
+QRect CellDelegate::checkBoxRect(const QModelIndex &index) const
 {
-    const Held state = std::exchange(held, {});
-    QTableWidgetItem *item = table->item(row, state.column);
-    if (state.editor && item) {
-        reopen(state, item);
-    } else if (state.editor) {
-        state.editor->deleteLater();
-    } else if (item) {
-        const QuietCurrentCell quiet(*table);
-        table->setCurrentItem(item, QItemSelectionModel::NoUpdate);
-    }
+    QStyleOptionViewItem cell;
+    cell.initFrom(table);
+    cell.rect = table->visualRect(index);
+    // From right to left the view draws a cell on the other side of its grid line, and does not
+    // say.
+    if (table->showGrid() && table->isRightToLeft())
+        cell.rect.translate(1, 0);
+    initStyleOption(&cell, index);
+    return layOutCell(cell, checkBoxSize()).checkBox;
 }
 
-void CellDelegate::reopen(const Held &state, QTableWidgetItem *item)
+QSize CellDelegate::checkBoxSize() const
 {
-    const QRect view = table->viewport()->rect();
-    const bool wasVisible = view.intersects(state.editor->geometry());
-    selectCell(*table, item->row(), item->column());
-    if (wasVisible && !view.intersects(table->visualItemRect(item)))
-        table->scrollToItem(item);
-
-    held.editor = state.editor;
-    table->editItem(item);
-    held = {};
-    if (openEditor != state.editor) {
-        state.editor->deleteLater();
-        return;
-    }
-
-    select(state);
-    if (state.focusElsewhere) {
-        openEditor->removeEventFilter(this);
-        state.focusElsewhere->setFocus(Qt::OtherFocusReason);
-        openEditor->installEventFilter(this);
-    }
+    const QStyle *style = table->style();
+    return {style->pixelMetric(QStyle::PM_IndicatorWidth, nullptr, table),
+            style->pixelMetric(QStyle::PM_IndicatorHeight, nullptr, table)};
 }
 
-void CellDelegate::select(const Held &state)
+void CellDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
+                         const QModelIndex &index) const
 {
-    if (state.selectionStart < 0) {
-        state.editor->setCursorPosition(state.cursor);
-        return;
-    }
-    // The cursor stands at the end that the selection was drawn to.
-    const bool backwards = state.cursor == state.selectionStart;
-    state.editor->setSelection(backwards ? state.selectionStart + state.selectionLength
-                                         : state.selectionStart,
-                               backwards ? -state.selectionLength : state.selectionLength);
+    QStyleOptionViewItem cell(option);
+    initStyleOption(&cell, index);
+    paintCell(*painter, cell, layOutCell(cell, checkBoxSize()), *table->style());
 }
 
 QSize CellDelegate::sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const
@@ -137,76 +89,65 @@ QSize CellDelegate::measure(const QStyleOptionViewItem &option, const QModelInde
                           index.data(Qt::CheckStateRole).isValid(),
                           index.data(Qt::DecorationRole).isValid()};
     auto known = measured.constFind(shape);
-    if (known == measured.constEnd())
-        known = measured.insert(shape, QStyledItemDelegate::sizeHint(option, index));
+    if (known == measured.constEnd()) {
+        QStyleOptionViewItem cell(option);
+        initStyleOption(&cell, index);
+        known = measured.insert(shape, sizeOfCell(cell, checkBoxSize()));
+    }
     return *known;
 }
 
 QString CellDelegate::displayText(const QVariant &value, const QLocale &locale) const
 {
-    // File names may hold line feeds; a row has one line.
-    QString text = QStyledItemDelegate::displayText(value, locale);
-    for (const char16_t separator : {u'\n', u'\r', u'\u2028', u'\u2029'})
-        text.replace(QChar(separator), QChar(QChar::Space));
-    return text;
+    return displayedName(QStyledItemDelegate::displayText(value, locale));
 }
 
 QWidget *CellDelegate::createEditor(QWidget *parent, const QStyleOptionViewItem & /*option*/,
                                     const QModelIndex &index) const
 {
-    // A bare check box has no text to edit: the keyboard goes through it, the space bar flips it.
     if (isBareCheckBox(index))
         return nullptr;
 
-    openCell = index;
-    openEditor = held.editor;
-    if (!openEditor) {
-        openEditor = new QLineEdit(parent);
-        // The window's sheet draws fields taller than a row. The editor stays inside its cell,
-        // where it covers no neighbour's check box.
-        openEditor->setStyleSheet(u"min-height:0; padding:0 2px; border-radius:0;"_s);
-        openEditor->setAlignment(Qt::Alignment::fromInt(index.data(Qt::TextAlignmentRole).toInt()));
-    }
-    return openEditor;
+    auto *editor = new QLineEdit(parent);
+    editor->setAccessibleName(index.model()->headerData(index.column(), Qt::Horizontal).toString());
+    // The window's sheet draws fields taller than a row. The editor stays inside its cell, where it
+    // covers no neighbour's check box.
+    editor->setStyleSheet(u"min-height:0; padding:0 2px; border-radius:0;"_s);
+    editor->installEventFilter(table); // which waits for what is done in it
+    // Its row's menu opens over it, as over every other cell.
+    editor->setContextMenuPolicy(Qt::NoContextMenu);
+    editor->setAlignment(Qt::Alignment::fromInt(index.data(Qt::TextAlignmentRole).toUInt()));
+    return editor;
 }
 
 void CellDelegate::updateEditorGeometry(QWidget *editor, const QStyleOptionViewItem &option,
                                         const QModelIndex &index) const
 {
     // All of the cell but a check box or an icon, not only where its text is drawn.
-    QStyledItemDelegate::updateEditorGeometry(editor, option, index);
-    QRect cell = option.rect;
-    if (index.data(Qt::CheckStateRole).isValid() || index.data(Qt::DecorationRole).isValid()) {
-        if (option.direction == Qt::LeftToRight)
-            cell.setLeft(editor->geometry().left());
-        else
-            cell.setRight(editor->geometry().right());
-    }
-    editor->setGeometry(cell);
+    QStyleOptionViewItem cell(option);
+    initStyleOption(&cell, index);
+    const CellLayout layout = layOutCell(cell, checkBoxSize());
+    QRect place = cell.rect;
+    if (layout.text.width() < 1)
+        place = {};
+    else if (cell.direction == Qt::LeftToRight && !(layout.checkBox | layout.icon).isEmpty())
+        place.setLeft(layout.text.left());
+    else if (!(layout.checkBox | layout.icon).isEmpty())
+        place.setRight(layout.text.right());
+    editor->setGeometry(place);
 }
 
 void CellDelegate::setEditorData(QWidget *editor, const QModelIndex &index) const
 {
-    if (editor != held.editor)
+    if (!keepingText)
         QStyledItemDelegate::setEditorData(editor, index);
 }
 
-void CellDelegate::setModelData(QWidget *editor, QAbstractItemModel * /*model*/,
-                                const QModelIndex & /*index*/) const
+bool CellDelegate::editorEvent(QEvent *event, QAbstractItemModel *model,
+                               const QStyleOptionViewItem &option, const QModelIndex &index)
 {
-    // Clearing the table has the toolkit commit whatever is open.
-    committing = editor == openEditor && editor != held.editor;
-}
-
-void CellDelegate::destroyEditor(QWidget *editor, const QModelIndex &index) const
-{
-    openEditor.clear();
-    openCell = QPersistentModelIndex();
-    if (editor == held.editor)
-        return;
-    if (std::exchange(committing, false))
-        QStyledItemDelegate::setModelData(editor, table->model(), index);
-    QStyledItemDelegate::destroyEditor(editor, index);
+    const bool isOfMouse = dynamic_cast<QMouseEvent *>(event) != nullptr;
+    return !isOfMouse && QStyledItemDelegate::editorEvent(event, model, option, index);
 }
 
 bool CellDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
@@ -217,7 +158,7 @@ bool CellDelegate::helpEvent(QHelpEvent *event, QAbstractItemView *view,
         return QStyledItemDelegate::helpEvent(event, view, option, index);
 
     constexpr qsizetype longestTip = 500; // characters
-    const QString text = index.data().toString().trimmed().left(longestTip);
+    const QString text = displayedName(index.data().toString()).trimmed().left(longestTip);
     // As rich text it is wrapped; its own mark-up is none.
     QToolTip::showText(event->globalPos(), u"<p>"_s + text.toHtmlEscaped() + u"</p>"_s,
                        view->viewport(), option.rect);
@@ -233,11 +174,9 @@ void CellDelegate::initStyleOption(QStyleOptionViewItem *option, const QModelInd
 
 bool CellDelegate::eventFilter(QObject *object, QEvent *event)
 {
-    // The table would look up the next cell first and have the editor commit then, which may
-    // rebuild the table and leave it with no cell at all. Events also come from an editor that is
-    // being destroyed and is no QLineEdit any more; none of them is of a key.
-    if (event->type() == QEvent::KeyPress && object == openEditor
-        && leavesEditor(static_cast<const QKeyEvent &>(*event)))
+    // The table would look up the next cell first and have the editor commit then, upon which that
+    // cell may be another row's. So the edit ends now.
+    if (event->type() == QEvent::KeyPress && leavesEditor(static_cast<const QKeyEvent &>(*event)))
         table->setFocus(Qt::OtherFocusReason);
     return QStyledItemDelegate::eventFilter(object, event);
 }

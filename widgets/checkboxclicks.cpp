@@ -1,10 +1,9 @@
 #include "widgets/checkboxclicks.h"
 
+#include "widgets/celldelegate.h"
 #include "widgets/tablecells.h"
 
 #include <QMouseEvent>
-#include <QStyleOptionViewItem>
-#include <QStyledItemDelegate>
 #include <QTableWidget>
 
 #include <utility>
@@ -19,15 +18,18 @@ bool isClickable(const QTableWidgetItem *item)
         && item->data(Qt::CheckStateRole).isValid();
 }
 
-/// Opens up how a delegate describes a cell to the style.
-struct CellDescription : QStyledItemDelegate
+/// What a row is found again by once the table was rebuilt: the text of its first cell.
+QString nameOfRow(const QTableWidget &table, int row)
 {
-    using QStyledItemDelegate::initStyleOption;
-};
+    return table.model()->index(row, 0).data().toString();
+}
 
 } // namespace
 
-CheckBoxClicks::CheckBoxClicks(QTableWidget *owner) : QObject(owner), table(owner)
+CheckBoxClicks::CheckBoxClicks(QTableWidget *owner, const CellDelegate &painter)
+    : QObject(owner),
+      table(owner),
+      delegate(painter)
 {
     table->viewport()->installEventFilter(this);
 }
@@ -57,11 +59,16 @@ bool CheckBoxClicks::press(const QMouseEvent &event)
     table->setFocus(Qt::MouseFocusReason);
 
     const QPoint position = event.position().toPoint();
+    const QString name = nameOfRow(*table, table->rowAt(position.y()));
+    const bool meetsAnother = std::exchange(lastName, name) != name;
+    if (event.type() == QEvent::MouseButtonDblClick && meetsAnother)
+        return true;
+
     const QTableWidgetItem *item = table->itemAt(position);
     if (!isClickable(item))
         return false;
-    const Press box{applicationInRow(*table, item->row()), item->row(), item->column(),
-                    indicatorRect(item->row(), item->column())};
+    const Press box{name, item->row(), item->column(),
+                    delegate.checkBoxRect(table->indexFromItem(item))};
     if (!box.indicator.contains(position))
         return false;
 
@@ -83,23 +90,16 @@ bool CheckBoxClicks::release(const QMouseEvent &event)
 
 void CheckBoxClicks::toggle(const Press &box)
 {
-    const int row = applicationInRow(*table, box.row) == box.application
-        ? box.row
-        : rowOfApplication(*table, box.application);
-    QTableWidgetItem *item = table->item(row, box.column);
+    QTableWidgetItem *item = table->item(rowOf(box), box.column);
     if (isClickable(item))
         item->setCheckState(item->checkState() == Qt::Checked ? Qt::Unchecked : Qt::Checked);
 }
 
-QRect CheckBoxClicks::indicatorRect(int row, int column) const
+int CheckBoxClicks::rowOf(const Press &box) const
 {
-    const QModelIndex index = table->model()->index(row, column);
-    QStyleOptionViewItem option;
-    option.initFrom(table);
-    option.widget = table;
-    option.rect = table->visualRect(index);
-    option.showDecorationSelected = true; // rows are drawn from edge to edge
-    option.displayAlignment = Qt::AlignLeft | Qt::AlignVCenter;
-    CellDescription().initStyleOption(&option, index);
-    return table->style()->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, table);
+    if (nameOfRow(*table, box.row) == box.name)
+        return box.row;
+    const QModelIndexList found = table->model()->match(
+        table->model()->index(0, 0), Qt::DisplayRole, box.name, 1, Qt::MatchExactly);
+    return found.isEmpty() ? -1 : found.first().row();
 }

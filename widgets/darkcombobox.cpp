@@ -5,6 +5,7 @@
 #include <QPainterPath>
 #include <QStyleOptionComboBox>
 #include <QStyledItemDelegate>
+#include <QWheelEvent>
 
 using namespace Qt::StringLiterals;
 
@@ -44,4 +45,9 @@ void DarkComboBox::paintEvent(QPaintEvent *event)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(QColor(u"#9aa7c7"_s), 1.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawPath(arrow);
+}
+
+void DarkComboBox::wheelEvent(QWheelEvent *event)
+{
+    event->ignore();
 }

@@ -6,6 +6,12 @@
 
 using namespace Qt::StringLiterals;
 
+SlimScrollBar::SlimScrollBar(Qt::Orientation orientation) : QScrollBar(orientation)
+{
+    // Beside the slider its area shows through, which may have round corners.
+    setAttribute(Qt::WA_OpaquePaintEvent, false);
+}
+
 void SlimScrollBar::paintEvent(QPaintEvent * /*event*/)
 {
     QStyleOptionSlider option;
@@ -23,7 +29,6 @@ void SlimScrollBar::paintEvent(QPaintEvent * /*event*/)
 
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.fillRect(rect(), QColor(u"#0e1324"_s));
     painter.setPen(Qt::NoPen);
     painter.setBrush(QColor(isSliderDown() || underMouse() ? u"#4f7cff"_s : u"#33415f"_s));
     painter.drawRoundedRect(slider, thickness / 2.0, thickness / 2.0);

@@ -9,7 +9,7 @@ class QAbstractScrollArea;
 class SlimScrollBar : public QScrollBar
 {
 public:
-    using QScrollBar::QScrollBar;
+    explicit SlimScrollBar(Qt::Orientation orientation);
 
 protected:
     void paintEvent(QPaintEvent *event) override;

@@ -40,6 +40,7 @@ CellFilling::CellFilling(QTableWidget &filled)
       modelBlocker(filled.model()),
       oldColumns(static_cast<std::size_t>(filled.columnCount()))
 {
+    Q_ASSERT(!table.isSortingEnabled());
     oldItems.reserve(static_cast<std::size_t>(table.rowCount()) * oldColumns);
     for (int row = 0; row < table.rowCount(); ++row) {
         for (int column = 0; column < table.columnCount(); ++column)
@@ -92,21 +93,6 @@ std::vector<CellFilling::Cells> CellFilling::changes() const
         range.columns.last = std::max(range.columns.last, columns.last);
     }
     return ranges;
-}
-
-QString applicationInRow(const QTableWidget &table, int row)
-{
-    const QTableWidgetItem *item = table.item(row, 0);
-    return item ? item->text().trimmed() : QString();
-}
-
-int rowOfApplication(const QTableWidget &table, const QString &application)
-{
-    for (int row = 0; row < table.rowCount(); ++row) {
-        if (applicationInRow(table, row) == application)
-            return row;
-    }
-    return -1;
 }
 
 void selectCell(QTableWidget &table, int row, int column)

@@ -2,7 +2,6 @@
 
 #include <QAbstractItemView>
 #include <QSignalBlocker>
-#include <QString>
 #include <QTableWidgetItem>
 
 #include <memory>
@@ -25,11 +24,17 @@ private:
     bool autoScroll;
 };
 
-/// While it lives, the table's cells are empty, to be filled anew, and its view does not hear of
-/// that; at its end the view hears of the cells that show something else than before. For each
-/// change that it hears of it lays out all columns that follow their contents, which takes time
-/// with the square of the rows; and it measures and paints what it hears of, which takes longer
-/// than all else in a tick.
+/// While it lives, the cells of a table that does not sort are empty, to be filled anew, and the
+/// model is silent; at its end it says which cells show something else than before. For each change
+/// that it hears of the view lays out all columns that follow their contents, which takes time with
+/// the square of the rows; and it measures and paints what it hears of, which takes longer than all
+/// else in a tick.
+///
+/// The silence hides nothing that the view would need meanwhile. From Qt 6.4 to 6.8
+/// QTableWidget::takeItem() and setItem() exchange an item in its place and have the model say
+/// dataChanged() of that cell and nothing else: rows, columns and persistent indexes stay. Only in
+/// a table that sorts does setItem() move rows. And the view looks at the cells again in the event
+/// loop, by when it has heard.
 class CellFilling
 {
 public:
@@ -60,12 +65,6 @@ private:
     std::size_t oldColumns;
     std::vector<std::unique_ptr<QTableWidgetItem>> oldItems; ///< row by row
 };
-
-/// Name of the application in a row: the first cell's text, trimmed; empty without an item there.
-QString applicationInRow(const QTableWidget &table, int row);
-
-/// First row of an application, -1 when there is none.
-int rowOfApplication(const QTableWidget &table, const QString &application);
 
 /// Makes a cell current and selects its row alone, without editing the cell.
 void selectCell(QTableWidget &table, int row, int column);

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <set>
 
 namespace {
 
@@ -31,13 +32,17 @@ std::string textOf(std::span<const std::byte> value)
     return text;
 }
 
-std::optional<InterfaceRow> parseLink(const NetlinkMessage &message)
+std::optional<ifinfomsg> linkOf(const NetlinkMessage &message)
 {
     ifinfomsg link{};
     if (message.type != RTM_NEWLINK || message.payload.size() < sizeof link)
         return std::nullopt;
     std::memcpy(&link, message.payload.data(), sizeof link);
+    return link;
+}
 
+InterfaceRow rowOf(const ifinfomsg &link, const NetlinkMessage &message)
+{
     InterfaceRow row;
     row.loopback = link.ifi_type == ARPHRD_LOOPBACK;
     std::uint8_t operationalState = IF_OPER_UNKNOWN;
@@ -78,12 +83,17 @@ std::optional<std::vector<InterfaceRow>> dumpInterfaces(NetlinkSocket &socket)
     ifinfomsg request{};
     request.ifi_family = AF_UNSPEC;
     std::vector<InterfaceRow> rows;
-    const bool complete = socket.dump(
-        RTM_GETLINK, std::as_bytes(std::span(&request, 1)), [&] { rows.clear(); },
-        [&](const NetlinkMessage &message) {
-            if (auto row = parseLink(message))
-                rows.push_back(std::move(*row));
-        });
+    std::set<int> indices; // a list that changes meanwhile may have an interface twice
+    const auto restart = [&] {
+        rows.clear();
+        indices.clear();
+    };
+    const bool complete = socket.dump(RTM_GETLINK, std::as_bytes(std::span(&request, 1)), restart,
+                                      [&](const NetlinkMessage &message) {
+                                          const auto link = linkOf(message);
+                                          if (link && indices.insert(link->ifi_index).second)
+                                              rows.push_back(rowOf(*link, message));
+                                      });
     if (!complete)
         return std::nullopt;
     return rows;

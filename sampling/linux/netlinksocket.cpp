@@ -13,7 +13,7 @@ namespace {
 // The kernel fills a dump's datagrams up to what the reader offers, but never beyond 32 KiB.
 constexpr std::size_t initialBufferSize = 32UL * 1024;
 constexpr std::size_t largestBufferSize = 4UL * 1024 * 1024;
-// A list that changes during every one of so many dumps is given up for this time.
+// A list that changes during every one of so many dumps is taken as the last one has it.
 constexpr int dumpAttempts = 5;
 
 constexpr std::size_t aligned(std::size_t size)
@@ -123,7 +123,9 @@ bool NetlinkSocket::dump(std::uint16_t type, std::span<const std::byte> body,
                          const std::function<void()> &restart,
                          const std::function<void(const NetlinkMessage &)> &handle)
 {
-    for (int attempt = 0; attempt < dumpAttempts; ++attempt) {
+    int interruptions = 0;
+    int truncations = 0;
+    while (truncations < dumpAttempts) {
         restart();
         if (!ready() || !request(type, body))
             break;
@@ -132,10 +134,14 @@ bool NetlinkSocket::dump(std::uint16_t type, std::span<const std::byte> body,
             return true;
         if (end == DumpEnd::Failed)
             break;
-        // The rest of a truncated dump would otherwise precede the next one, and the kernel
-        // refuses a second dump on a socket while the first lasts.
-        if (end == DumpEnd::Truncated)
+        if (end == DumpEnd::Interrupted && ++interruptions == dumpAttempts)
+            return true;
+        if (end == DumpEnd::Truncated) {
+            ++truncations;
+            // The rest of a truncated dump would otherwise precede the next one, and the kernel
+            // refuses a second dump on a socket while the first lasts.
             m_socket.reset();
+        }
     }
     m_socket.reset();
     return false;

@@ -18,7 +18,7 @@ struct NetlinkMessage
 /// How a dump ended.
 enum class DumpEnd {
     Complete, ///< every message up to NLMSG_DONE was handled
-    Interrupted, ///< complete, but the kernel's list changed meanwhile (NLM_F_DUMP_INTR)
+    Interrupted, ///< handled up to NLMSG_DONE, but the list changed meanwhile (NLM_F_DUMP_INTR)
     Truncated, ///< a datagram did not fit into the buffer, which is larger now
     Failed, ///< refused, cut short or malformed
 };
@@ -43,7 +43,8 @@ public:
     explicit NetlinkSocket(std::function<FileDescriptor()> open) : m_open(std::move(open)) { }
 
     /// Requests a dump of message type `type` with the family header `body`, and hands every
-    /// message to `handle`. An interrupted dump is asked for again a few times; `restart` is called
+    /// message to `handle`. An interrupted dump is asked for again a few times, then taken: it is
+    /// complete, but what changed meanwhile may be missing or be there twice. `restart` is called
     /// before each attempt and forgets what the last one brought. Returns false when the table
     /// cannot be had as a whole; what was handled is then worth nothing.
     bool dump(std::uint16_t type, std::span<const std::byte> body,

@@ -1,5 +1,7 @@
 #include "shell/linux/traywatch.h"
 
+#include "shell/linux/xatom.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
@@ -23,13 +25,6 @@ template <typename T> struct Free
     void operator()(T *reply) const { std::free(reply); }
 };
 template <typename T> using Reply = std::unique_ptr<T, Free<T>>;
-
-xcb_atom_t internAtom(xcb_connection_t *xServer, const QByteArray &name)
-{
-    const auto cookie = xcb_intern_atom(xServer, 0, static_cast<std::uint16_t>(name.size()), name);
-    const Reply<xcb_intern_atom_reply_t> reply(xcb_intern_atom_reply(xServer, cookie, nullptr));
-    return reply ? reply->atom : xcb_atom_t{XCB_ATOM_NONE};
-}
 
 } // namespace
 
@@ -100,8 +95,11 @@ bool TrayWatch::nativeEventFilter(const QByteArray &, void *message, qintptr *)
     if ((event->response_type & ~sentBySomeone) != XCB_CLIENT_MESSAGE)
         return false;
     const auto *announcement = static_cast<const xcb_client_message_event_t *>(message);
-    if (announcement->type == m_manager && announcement->data.data32[1] == m_selection)
-        trayIsReady();
+    if (announcement->type == m_manager && announcement->data.data32[1] == m_selection) {
+        // The toolkit hears of the new tray after this, and would take a balloon away again.
+        QMetaObject::invokeMethod(
+            this, [this] { trayIsReady(); }, Qt::QueuedConnection);
+    }
     return false;
 }
 

@@ -1,4 +1,5 @@
 #include "app/formatting.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -45,5 +46,5 @@ private Q_SLOTS:
     void aLimitIsWrittenInWholeKilobytes() { QCOMPARE(formatLimit(100000), u"100000 KB/s"_s); }
 };
 
-QTEST_APPLESS_MAIN(FormattingTest)
+TOVAN_APPLESS_TEST(formatting_test, FormattingTest)
 #include "formatting_test.moc"

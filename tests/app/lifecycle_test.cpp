@@ -200,5 +200,5 @@ private Q_SLOTS:
     }
 };
 
-TOVAN_TEST_MAIN(LifecycleTest)
+TOVAN_WINDOW_TEST(lifecycle_test, LifecycleTest)
 #include "lifecycle_test.moc"

@@ -1,3 +1,4 @@
+#include "tests/support/ellipsis.h"
 #include "tests/support/windowfixture.h"
 
 using namespace Qt::StringLiterals;
@@ -30,7 +31,31 @@ private Q_SLOTS:
         fixture.system().addProcess(7, QString(200, u'w'), 1);
         fixture.tick();
         QCOMPARE(fixture.find<QFrame>("toast")->width(), 360);
-        QCOMPARE(fixture.find<QLabel>("toastText")->wordWrap(), false);
+        auto *text = fixture.find<QLabel>("toastText");
+        QCOMPARE(text->wordWrap(), false);
+        QCOMPARE(text->text(), "New network app: "_L1 + QString(200, u'w'));
+        QVERIFY(endsInEllipsis(*text));
+        QVERIFY(toolTipOf(*text).contains(text->text()));
+    }
+
+    void aTextThatFitsIsShownWhole()
+    {
+        WindowFixture fixture;
+        fixture.open();
+        WindowFixture::click(fixture.quickFilter(u"Limited"_s));
+        auto *text = fixture.find<QLabel>("toastText");
+        QVERIFY(!endsInEllipsis(*text));
+        QCOMPARE(toolTipOf(*text), QString());
+    }
+
+    void lineBreaksDoNotMakeItHigher()
+    {
+        WindowFixture fixture;
+        fixture.open();
+        fixture.tick();
+        fixture.system().addProcess(7, u"two\nlines\nor\nmore"_s, 1);
+        fixture.tick();
+        QCOMPARE(fixture.find<QFrame>("toast")->height(), 40);
     }
 
     void inANarrowWindowTheToastStaysTwelvePixelsFromTheLeft_data()
@@ -92,5 +117,5 @@ private Q_SLOTS:
     }
 };
 
-TOVAN_TEST_MAIN(ToastTest)
+TOVAN_WINDOW_TEST(toast_test, ToastTest)
 #include "toast_test.moc"

@@ -1,4 +1,5 @@
 #include "dashboard/appsfilter.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -141,5 +142,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(AppsFilterTest)
+TOVAN_APPLESS_TEST(appsfilter_test, AppsFilterTest)
 #include "appsfilter_test.moc"

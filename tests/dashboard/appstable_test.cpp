@@ -313,6 +313,38 @@ private Q_SLOTS:
         QCOMPARE(painted.columns(), QList{3});
     }
 
+    void rowsAreAsHighAsDecidedOnEveryDesktop_data()
+    {
+        QTest::addColumn<int>("points");
+        QTest::addColumn<bool>("compact");
+        for (const int points : {9, 12, 16, 24}) {
+            QTest::addRow("%d points", points) << points << false;
+            QTest::addRow("%d points, compact", points) << points << true;
+        }
+    }
+
+    void rowsAreAsHighAsDecidedOnEveryDesktop()
+    {
+        QFETCH(int, points);
+        QFETCH(bool, compact);
+        const QFont before = QApplication::font();
+        const auto restore = qScopeGuard([&] { QApplication::setFont(before); });
+        QFont font(before);
+        font.setPointSize(points);
+        QApplication::setFont(font);
+
+        WindowFixture fixture;
+        WindowFixture::store(u"compactMode"_s, compact);
+        openWithTwoApplications(fixture);
+        const int height = compact ? 22 : 30;
+        QCOMPARE(linesBetweenRows(fixture.appsTable()), height);
+        fixture.button(u"Apply changes"_s)->click();
+        QCOMPARE(linesBetweenRows(fixture.appsTable()), height);
+        fixture.setting<QCheckBox>(u"Compact rows"_s)->toggle();
+        fixture.button(u"Apply changes"_s)->click();
+        QCOMPARE(linesBetweenRows(fixture.appsTable()), compact ? 30 : 22);
+    }
+
     void longNamesDoNotWidenTheWindow()
     {
         WindowFixture fixture;
@@ -327,7 +359,20 @@ private Q_SLOTS:
         QCOMPARE(fixture.window().centralWidget()->width(), 1180);
         QVERIFY(fixture.labelStarting(u"Applications: "_s)->width() <= 962);
     }
+
+private:
+    /// Distance of the painted lines below the first two rows, in pixels.
+    static int linesBetweenRows(QTableWidget *table)
+    {
+        const QImage image = table->viewport()->grab().toImage();
+        QList<int> lines;
+        for (int y = 0; y < image.height() && lines.size() < 2; ++y) {
+            if (image.pixelColor(2, y) == QColor(u"#26324a"_s))
+                lines.append(y);
+        }
+        return lines.size() == 2 ? lines.last() - lines.first() : -1;
+    }
 };
 
-TOVAN_TEST_MAIN(AppsTableTest)
+TOVAN_WINDOW_TEST(appstable_test, AppsTableTest)
 #include "appstable_test.moc"

@@ -283,5 +283,5 @@ private Q_SLOTS:
     }
 };
 
-TOVAN_TEST_MAIN(DashboardPageTest)
+TOVAN_WINDOW_TEST(dashboardpage_test, DashboardPageTest)
 #include "dashboardpage_test.moc"

@@ -1,7 +1,9 @@
+#include "tests/support/ellipsis.h"
 #include "tests/support/windowfixture.h"
 
 #include <QLayout>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QtEndian>
 
 #include <memory>
@@ -195,28 +197,35 @@ private Q_SLOTS:
         QCOMPARE(heading()->text(), u"server"_s);
     }
 
-    void awkwardNamesAreShownToTheLetter_data()
+    void awkwardNamesAreShownInOneLine_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::newRow("mark-up") << u"<b>x"_s;
-        QTest::newRow("placeholders") << u"%1 %2 %10"_s;
-        QTest::newRow("line feed") << u"two\nlines"_s;
-        QTest::newRow("many line feeds") << u"a\n"_s.repeated(200) + u"b"_s;
-        QTest::newRow("right to left") << u"\u05D0\u05D1 \u202Etxt"_s;
-        QTest::newRow("very long") << QString(3000, u'w');
+        QTest::addColumn<QString>("shown");
+        const auto same
+            = [](const char *row, const QString &name) { QTest::newRow(row) << name << name; };
+        same("mark-up", u"<b>x"_s);
+        same("placeholders", u"%1 %2 %10"_s);
+        same("right to left", u"\u05D0\u05D1"_s);
+        same("very long", QString(3000, u'w'));
+        QTest::newRow("line feed") << u"two\nlines"_s << u"two lines"_s;
+        QTest::newRow("many line feeds")
+            << u"a\n"_s.repeated(200) + u"b"_s << u"a "_s.repeated(200) + u"b"_s;
+        QTest::newRow("turned around")
+            << u"\u05D0\u05D1 \u202Etxt"_s << u"\u05D0\u05D1 <U+202E>txt"_s;
     }
 
-    void awkwardNamesAreShownToTheLetter()
+    void awkwardNamesAreShownInOneLine()
     {
         QFETCH(QString, name);
+        QFETCH(QString, shown);
         fixture->system().addProcess(42, name, 1);
         open();
         const int height = fixture->window().height();
         select(name);
         QCoreApplication::processEvents();
-        QCOMPARE(heading()->text(), name);
+        QCOMPARE(heading()->text(), shown);
         QCOMPARE(heading()->textFormat(), Qt::PlainText);
-        QVERIFY(details()->text().contains(u"\nPath: /usr/bin/"_s + name + u"\n\nConnections:"_s));
+        QVERIFY(details()->text().contains(u"\nPath: /usr/bin/"_s + shown + u"\n\nConnections:"_s));
         QCOMPARE(details()->textFormat(), Qt::PlainText);
         QCOMPARE(fixture->window().height(), height);
         QCOMPARE(fixture->window().width(), 1180);
@@ -225,6 +234,60 @@ private Q_SLOTS:
         auto *toggle = fixture->button(u"Toggle Block"_s);
         QVERIFY(!toggle->visibleRegion().isEmpty());
         QCOMPARE(toggle->visibleRegion().boundingRect(), toggle->rect());
+    }
+
+    void theBoxHasRoundCorners_data()
+    {
+        QTest::addColumn<Qt::LayoutDirection>("direction");
+        QTest::newRow("left to right") << Qt::LeftToRight;
+        QTest::newRow("right to left") << Qt::RightToLeft;
+    }
+
+    void theBoxHasRoundCorners()
+    {
+        QFETCH(Qt::LayoutDirection, direction);
+        fixture->system().addProcess(42, u"server"_s, 5);
+        open();
+        select(u"server"_s);
+        fixture->window().setLayoutDirection(direction);
+        auto *box = fixture->find<QScrollArea>("infoScroll");
+        QTRY_VERIFY(box->verticalScrollBar()->isVisible());
+
+        // As those of a box that has nothing in it.
+        QWidget ground;
+        ground.setStyleSheet(u"QWidget { background: #0e1324; } "
+                             "QFrame { background: #090d19; border: 1px solid #26324a; "
+                             "border-radius: 6px; }"_s);
+        QFrame empty(&ground);
+        empty.resize(box->size());
+        ground.resize(box->size());
+        const QImage expected = ground.grab().toImage().convertToFormat(QImage::Format_RGB32);
+        for (const int value : {0, box->verticalScrollBar()->maximum()}) {
+            box->verticalScrollBar()->setValue(value);
+            const QImage painted = box->parentWidget()
+                                       ->grab(box->geometry())
+                                       .toImage()
+                                       .convertToFormat(QImage::Format_RGB32);
+            constexpr int side = 7;
+            for (const int x : {0, box->width() - side}) {
+                for (const int y : {0, box->height() - side})
+                    QCOMPARE(painted.copy(x, y, side, side), expected.copy(x, y, side, side));
+            }
+        }
+    }
+
+    void aHeadingThatDoesNotFitEndsInAnEllipsis()
+    {
+        const QString name = "a <b>"_L1 + QString(100, u'w');
+        fixture->system().addProcess(42, name, 1);
+        fixture->system().addProcess(43, u"server"_s, 1);
+        open();
+        select(name);
+        QVERIFY(endsInEllipsis(*heading()));
+        QVERIFY(toolTipOf(*heading()).contains(name.toHtmlEscaped()));
+        select(u"server"_s);
+        QVERIFY(!endsInEllipsis(*heading()));
+        QCOMPARE(toolTipOf(*heading()), QString());
     }
 
 private:
@@ -256,5 +319,5 @@ private:
     std::unique_ptr<WindowFixture> fixture;
 };
 
-TOVAN_TEST_MAIN(InfoViewTest)
+TOVAN_WINDOW_TEST(infoview_test, InfoViewTest)
 #include "infoview_test.moc"

@@ -1,6 +1,6 @@
 #include "tests/support/windowfixture.h"
 
-#include "dashboard/icons.h"
+#include "assets/images.h"
 
 #include <QSettings>
 #include <QTemporaryDir>
@@ -175,39 +175,7 @@ private Q_SLOTS:
         QCOMPARE(image(fixture.appsTable()->item(1, 0)->icon()),
                  image(assetIcon(u"tovan-site-icon.svg"_s)));
     }
-
-    void anAssetIsLookedUpBesideTheExecutableFirst()
-    {
-        const QString directory = QCoreApplication::applicationDirPath();
-        QCOMPARE(assetPath(u"tovan-wordmark.svg"_s), directory + "/assets/tovan-wordmark.svg"_L1);
-        QCOMPARE(assetPath(u"missing.svg"_s), directory + "/../qt/assets/missing.svg"_L1);
-    }
-
-    void anIconWithoutAnImageCannotBeDrawn()
-    {
-        QVERIFY(!canBeDrawn(QIcon()));
-        QVERIFY(!canBeDrawn(QIcon(u"/nowhere/icon.svg"_s)));
-        QVERIFY(canBeDrawn(assetIcon(u"tovan-site-icon.svg"_s)));
-        QVERIFY(executableIcon(QString()).isNull());
-        QVERIFY(executableIcon(u"/nowhere/alpha"_s).isNull());
-    }
-
-    void anAssetIsSharpAtTheScreensRatio()
-    {
-        const QPixmap normal = assetPixmap(u"tovan-wordmark.svg"_s, {74, 28}, 1.0);
-        const QPixmap sharp = assetPixmap(u"tovan-wordmark.svg"_s, {74, 28}, 2.0);
-        QVERIFY(normal.width() <= 74 && normal.height() <= 28);
-        QVERIFY(normal.width() == 74 || normal.height() == 28);
-        QVERIFY(sharp.width() <= 148 && sharp.height() <= 56);
-        QVERIFY(sharp.width() == 148 || sharp.height() == 56);
-        QCOMPARE(sharp.devicePixelRatio(), 2.0);
-    }
-
-    void aMissingAssetLeavesNoImage()
-    {
-        QVERIFY(assetPixmap(u"missing.svg"_s, {74, 28}, 1.0).isNull());
-    }
 };
 
-TOVAN_TEST_MAIN(RowCellsTest)
+TOVAN_WINDOW_TEST(rowcells_test, RowCellsTest)
 #include "rowcells_test.moc"

@@ -1,6 +1,7 @@
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
 #include "tests/desktop/support/windowlayout.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -34,6 +35,19 @@ struct Running
         desktop.act(u"type application"_s);
     }
 
+    /// Types into the cell of that rule's limit, and leaves the editor open.
+    bool typeDownloadLimit(const QString &text)
+    {
+        const QPoint cell = program.window().geometry.topLeft() + firstDownloadLimit;
+        const bool open = QTest::qWaitFor([&] {
+            program.click(firstDownloadLimit); // until the row is there
+            return desktop.screen().colourAt(cell - QPoint(26, 8)) == editorColour;
+        });
+        const QRect area(cell - QPoint(20, 8), QSize(40, 16));
+        const QImage before = desktop.screen().picture(area);
+        desktop.act(u"key ctrl+a type "_s + text);
+        return open && QTest::qWaitFor([&] { return desktop.screen().picture(area) != before; });
+    }
     bool hasMenu() { return !desktop.screen().menu(program.pid()).isEmpty(); }
     void hide()
     {
@@ -67,8 +81,12 @@ private Q_SLOTS:
     void exitWithAnOpenMenuEndsTheProgram();
     void aWindowWithAnOpenEditorIsClosed();
     void closingTheMiniMonitorEndsNothing();
-    void aSignalEndsTheProgramAtOnce_data();
-    void aSignalEndsTheProgramAtOnce();
+    void closingTheMiniMonitorSwitchesItOff();
+    void aSignalEndsTheProgramAsExitDoes_data();
+    void aSignalEndsTheProgramAsExitDoes();
+    void aSignalWhileACellIsEditedSavesIt();
+    void aSignalWithAnOpenMenuEndsTheProgram();
+    void aSignalAfterAnotherChangesNothing();
 };
 
 void ClosingTest::exitEndsTheProgram_data()
@@ -201,15 +219,7 @@ void ClosingTest::aWindowWithAnOpenEditorIsClosed()
 {
     Running running([](AppSettings &settings) { settings.closeToTray = false; });
     running.openRule();
-    const QPoint cell = running.program.window().geometry.topLeft() + firstDownloadLimit;
-    QVERIFY(QTest::qWaitFor([&] {
-        running.program.click(firstDownloadLimit); // until the row is there
-        return running.desktop.screen().colourAt(cell - QPoint(26, 8)) == editorColour;
-    }));
-    const QRect text(cell - QPoint(20, 8), QSize(40, 16));
-    const QImage before = running.desktop.screen().picture(text);
-    running.desktop.act(u"key ctrl+a type 123"_s);
-    QTRY_VERIFY(running.desktop.screen().picture(text) != before);
+    QVERIFY(running.typeDownloadLimit(u"123"_s));
     running.desktop.screen().askToClose(running.program.window().id);
     QVERIFY(running.program.endsWell());
     QCOMPARE(running.program.stored().rules.value(u"application"_s).dlKbps, 123);
@@ -229,27 +239,80 @@ void ClosingTest::closingTheMiniMonitorEndsNothing()
     QVERIFY(program.ticks());
 }
 
-void ClosingTest::aSignalEndsTheProgramAtOnce_data()
+void ClosingTest::closingTheMiniMonitorSwitchesItOff()
+{
+    Running running([](AppSettings &settings) { settings.miniWidgetEnabled = true; });
+    Program &program = running.program;
+    QTRY_VERIFY(program.mini().isShown());
+    running.desktop.act(u"windowactivate --sync %1 key alt+F4"_s.arg(program.mini().id));
+    QTRY_VERIFY(!program.mini().isShown());
+    QTRY_VERIFY(!program.stored().settings.miniWidgetEnabled);
+    QTRY_COMPARE(running.tray.menu().child(u"Show Mini monitor"_s).checked, 0);
+    running.tray.choose(running.tray.menu().child(u"Show Mini monitor"_s));
+    QTRY_VERIFY(program.mini().isShown());
+}
+
+void ClosingTest::aSignalEndsTheProgramAsExitDoes_data()
 {
     QTest::addColumn<int>("signal");
     QTest::addColumn<bool>("hidden");
-    QTest::newRow("SIGTERM") << SIGTERM << false;
-    QTest::newRow("SIGTERM, hidden") << SIGTERM << true;
-    QTest::newRow("SIGINT") << SIGINT << false;
-    QTest::newRow("SIGINT, hidden") << SIGINT << true;
+    for (const auto &[name, signal] : {std::pair("SIGTERM", SIGTERM), std::pair("SIGINT", SIGINT),
+                                       std::pair("SIGHUP", SIGHUP)}) {
+        QTest::newRow(name) << signal << false;
+        QTest::addRow("%s, hidden", name) << signal << true;
+    }
 }
 
-void ClosingTest::aSignalEndsTheProgramAtOnce()
+void ClosingTest::aSignalEndsTheProgramAsExitDoes()
 {
     QFETCH(int, signal);
     QFETCH(bool, hidden);
-    Running running([](AppSettings &settings) { settings.closeToTray = true; });
+    // Nothing but its end makes a program save that is paused.
+    Running running([](AppSettings &settings) {
+        settings.closeToTray = true;
+        settings.pauseOnLaunch = true;
+        settings.miniWidgetEnabled = true;
+    });
     if (hidden)
         running.hide();
-    QVERIFY(running.program.ticks());
-    QVERIFY(running.program.isEndedBy(signal));
+    running.program.removeStore();
+    running.program.send(signal);
+    QVERIFY(running.program.endsWell());
     QVERIFY(running.program.storeIsWhole());
 }
 
-QTEST_GUILESS_MAIN(ClosingTest)
+void ClosingTest::aSignalWhileACellIsEditedSavesIt()
+{
+    Running running([](AppSettings &settings) { settings.closeToTray = true; });
+    running.openRule();
+    QVERIFY(running.typeDownloadLimit(u"123"_s));
+    running.program.send(SIGTERM);
+    QVERIFY(running.program.endsWell());
+    QCOMPARE(running.program.stored().rules.value(u"application"_s).dlKbps, 123);
+}
+
+void ClosingTest::aSignalWithAnOpenMenuEndsTheProgram()
+{
+    Running running([](AppSettings &settings) { settings.closeToTray = true; });
+    running.program.click(fileMenu);
+    QTRY_VERIFY(running.hasMenu());
+    running.program.send(SIGINT);
+    QVERIFY(running.program.endsWell());
+    QVERIFY(running.program.storeIsWhole());
+}
+
+void ClosingTest::aSignalAfterAnotherChangesNothing()
+{
+    Running running([](AppSettings &settings) {
+        settings.closeToTray = true;
+        settings.pauseOnLaunch = true;
+    });
+    running.program.removeStore();
+    for (const int signal : {SIGHUP, SIGHUP, SIGTERM, SIGTERM, SIGINT})
+        running.program.send(signal);
+    QVERIFY(running.program.endsWell());
+    QVERIFY(running.program.storeIsWhole());
+}
+
+TOVAN_GUILESS_TEST(closing_test, ClosingTest)
 #include "closing_test.moc"

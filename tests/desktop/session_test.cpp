@@ -2,6 +2,7 @@
 #include "tests/desktop/support/program.h"
 #include "tests/desktop/support/sessionmanager.h"
 #include "tests/desktop/support/windowlayout.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -115,5 +116,5 @@ void SessionTest::aCancelledEndLeavesTheProgramAsItWas()
     QVERIFY(running.program.storeIsWhole());
 }
 
-QTEST_GUILESS_MAIN(SessionTest)
+TOVAN_GUILESS_TEST(session_test, SessionTest)
 #include "session_test.moc"

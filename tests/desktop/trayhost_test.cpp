@@ -2,6 +2,7 @@
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
 #include "tests/desktop/support/windowlayout.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -153,5 +154,5 @@ void TrayHostTest::theProgramTicksWithoutASessionBus()
     QTRY_VERIFY(tray.hasIcon());
 }
 
-QTEST_GUILESS_MAIN(TrayHostTest)
+TOVAN_GUILESS_TEST(trayhost_test, TrayHostTest)
 #include "trayhost_test.moc"

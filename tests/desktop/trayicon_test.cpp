@@ -2,6 +2,7 @@
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
 #include "tests/desktop/support/windowlayout.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -203,5 +204,5 @@ void TrayIconTest::anEmbeddedIconsMenuIsUsedWhileTheWindowIsHidden()
     QVERIFY(running.program.endsWell());
 }
 
-QTEST_GUILESS_MAIN(TrayIconTest)
+TOVAN_GUILESS_TEST(trayicon_test, TrayIconTest)
 #include "trayicon_test.moc"

@@ -1,6 +1,7 @@
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
 #include "tests/desktop/support/windowlayout.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -124,6 +125,7 @@ private Q_SLOTS:
     void theCompositorDragsTheMiniMonitor();
     void theWindowIsMaximisedAndRestored();
     void theWindowHidesInTheTrayAndComesBack();
+    void aSecondStartBringsItBack();
     void exitEndsTheProgram_data();
     void exitEndsTheProgram();
     void aSignalEndsTheProgram();
@@ -178,6 +180,17 @@ void WaylandTest::theWindowHidesInTheTrayAndComesBack()
     QVERIFY(running.program.ticks());
 }
 
+void WaylandTest::aSecondStartBringsItBack()
+{
+    Running running;
+    running.hide();
+    const auto second
+        = running.program.startAnother({{u"XDG_ACTIVATION_TOKEN"_s, u"of a launcher"_s}});
+    QVERIFY(endsSilently(*second));
+    QTRY_VERIFY(running.isShown());
+    QVERIFY(running.program.ticks());
+}
+
 void WaylandTest::exitEndsTheProgram_data()
 {
     QTest::addColumn<bool>("hidden");
@@ -200,9 +213,11 @@ void WaylandTest::aSignalEndsTheProgram()
 {
     Running running;
     QVERIFY(running.program.ticks());
-    QVERIFY(running.program.isEndedBy(SIGTERM));
+    running.program.removeStore();
+    running.program.send(SIGTERM);
+    QVERIFY(running.program.endsWell());
     QVERIFY(running.program.storeIsWhole());
 }
 
-QTEST_GUILESS_MAIN(WaylandTest)
+TOVAN_GUILESS_TEST(wayland_test, WaylandTest)
 #include "wayland_test.moc"

@@ -1,6 +1,7 @@
 #include "tests/desktop/support/notifiertray.h"
 #include "tests/desktop/support/program.h"
 #include "tests/desktop/support/windowlayout.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -241,5 +242,5 @@ void WindowManagerTest::theMiniMonitorComesBackWhereItWasDragged()
     QTRY_COMPARE(running.program.mini().geometry, before.translated(-123, 45));
 }
 
-QTEST_GUILESS_MAIN(WindowManagerTest)
+TOVAN_GUILESS_TEST(windowmanager_test, WindowManagerTest)
 #include "windowmanager_test.moc"

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
 # Fails on every line of ours that clang-format would write differently.
 set -euo pipefail
-find app bench sampling settings rules dashboard shell tests \( -name '*.cpp' -o -name '*.h' \) -print0 \
+find app assets bench dashboard rules sampling settings shell tests widgets \
+    \( -name '*.cpp' -o -name '*.h' \) -print0 \
     | xargs --null clang-format --dry-run -Werror

@@ -6,7 +6,7 @@
 # the C standard. Folders named after a system are built on that system alone.
 set -euo pipefail
 library=$1
-mapfile -d '' sources < <(find app settings rules dashboard shell \
+mapfile -d '' sources < <(find app assets settings rules dashboard shell widgets \
     \( -name linux -o -name windows \) -prune -o -name '*.cpp' -print0 -o -name '*.h' -print0
     find sampling -maxdepth 1 -name '*.cpp' -print0 -o -maxdepth 1 -name '*.h' -print0)
 ((${#sources[@]} > 0))
@@ -39,7 +39,7 @@ none_of "a condition on the system" < <(
 none_of "a call outside the C standard" < <(
     nm --undefined-only "$library" | awk '$1 == "U" { print $2 }' \
         | grep --extended-regexp --invert-match \
-            -e '^(_Z|__cxa_|__gxx_|_Unwind_|__stack_chk_|__dso_handle)' \
+            -e '^(_Z|__cxa_|__gxx_|_Unwind_|__dynamic_cast|__stack_chk_|__dso_handle)' \
             -e '^(_GLOBAL_OFFSET_TABLE_|qt_version_tag.*)$' \
             -e '^(__)?(mem(cpy|move|set|cmp|chr)|str(len|cmp|chr))(_chk)?$' \
             -e '^(abs|ceil|floor|fmod|log|log2|log10|lround|llround|pow|round|sqrt|trunc)f?$' \

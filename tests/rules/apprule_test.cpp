@@ -1,4 +1,5 @@
 #include "rules/apprule.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -196,5 +197,5 @@ private:
     }
 };
 
-QTEST_APPLESS_MAIN(AppRuleTest)
+TOVAN_APPLESS_TEST(apprule_test, AppRuleTest)
 #include "apprule_test.moc"

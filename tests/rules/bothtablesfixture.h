@@ -15,6 +15,7 @@ protected:
         for (quint32 pid = 1; pid <= 4; ++pid)
             fixture->system().addProcess(pid, QStringLiteral("app%1").arg(pid), 1);
         fixture->open();
+        QVERIFY(QTest::qWaitForWindowActive(&fixture->window()));
         fixture->tick();
         apps = fixture->appsTable();
         rules = fixture->rulesTable();

@@ -52,12 +52,7 @@ private Q_SLOTS:
         QVERIFY(!seen);
     }
 
-    void theRowIsSelectedAndNoEditorOpens_data()
-    {
-        QTest::addColumn<bool>("onRulesPage");
-        QTest::newRow("applications") << false;
-        QTest::newRow("rules") << true;
-    }
+    void theRowIsSelectedAndNoEditorOpens_data() { onBothPages(); }
 
     void theRowIsSelectedAndNoEditorOpens()
     {
@@ -66,8 +61,6 @@ private Q_SLOTS:
             showRules();
         QTableWidget *table = onRulesPage ? rules : apps;
         const int row = WindowFixture::rowOf(table, u"app3"_s);
-        // As a hand does it: the press first, which the toolkit answers with an editor.
-        QTest::mousePress(table->viewport(), Qt::RightButton, {}, cellCentre(table, u"app3"_s));
         QVERIFY(rightClick(table, u"app3"_s, [&](QMenu &) {
             QVERIFY(table->selectionModel()->isRowSelected(row));
             QCOMPARE(table->selectionModel()->selectedRows().size(), 1);
@@ -131,10 +124,7 @@ private Q_SLOTS:
         QVERIFY(!fixture->button(u"\u25C8    Dashboard"_s)->isChecked());
     }
 
-    void ticksGoOnWhileTheMenuIsOpenAndItsApplicationStays_data()
-    {
-        theRowIsSelectedAndNoEditorOpens_data();
-    }
+    void ticksGoOnWhileTheMenuIsOpenAndItsApplicationStays_data() { onBothPages(); }
 
     void ticksGoOnWhileTheMenuIsOpenAndItsApplicationStays()
     {
@@ -216,7 +206,83 @@ private Q_SLOTS:
         QCOMPARE(rules->item(1, 2)->checkState(), Qt::Checked);
     }
 
+    void overAnOpenEditorTheMenuOpensAndTheEditorStays_data() { onBothPages(); }
+
+    void overAnOpenEditorTheMenuOpensAndTheEditorStays()
+    {
+        QFETCH(bool, onRulesPage);
+        if (onRulesPage)
+            showRules();
+        QTableWidget *table = onRulesPage ? rules : apps;
+        fixture->menuAction(u"Pause monitoring"_s)->trigger(); // a tick closes the dashboard's
+        const int row = WindowFixture::rowOf(table, u"app3"_s);
+        QLineEdit *editor = clickIntoCell(table, row, 0);
+        retype(editor, u"typed"_s);
+        QVERIFY(rightClick(table, u"app3"_s, [&](QMenu &menu) {
+            QCOMPARE(texts(menu).first(), u"Toggle Block"_s);
+            QCOMPARE(openEditor(table), editor);
+            QVERIFY(table->selectionModel()->isRowSelected(row));
+        }));
+        QCOMPARE(openEditor(table), editor);
+        QCOMPARE(editor->text(), u"typed"_s);
+        QCOMPARE(table->item(row, 0)->text().trimmed(), u"app3"_s);
+    }
+
+    void anEntryActsWhileTheEditorStays()
+    {
+        showRules();
+        QLineEdit *editor = clickIntoCell(rules, 1, 0);
+        retype(editor, u"typed"_s);
+        QVERIFY(rightClick(rules, u"app2"_s, [&](QMenu &menu) {
+            fixture->tick();
+            QVERIFY(menu.isVisible());
+            trigger(menu, u"Toggle Block"_s);
+        }));
+        QCOMPARE(toast()->text(), u"app2 blocked"_s);
+        QCOMPARE(rules->item(1, 4)->checkState(), Qt::Checked);
+        QCOMPARE(openEditor(rules), editor);
+        QCOMPARE(editor->text(), u"typed"_s);
+    }
+
+    void theNextTickLeavesTheMenuOpen()
+    {
+        clickIntoCell(apps, WindowFixture::rowOf(apps, u"app2"_s), 0);
+        QVERIFY(rightClick(apps, u"app2"_s, [&](QMenu &menu) {
+            fixture->tick();
+            QVERIFY(!openEditor(apps));
+            QVERIFY(menu.isVisible());
+            trigger(menu, u"Toggle Block"_s);
+        }));
+        QCOMPARE(toast()->text(), u"app2 blocked"_s);
+    }
+
+    void theKeyOfTheMenuServesTheEditorsRow()
+    {
+        showRules();
+        QLineEdit *editor = clickIntoCell(rules, 1, 0);
+        QStringList entries;
+        QTimer::singleShot(0, rules, [&] {
+            if (auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget())) {
+                QCoreApplication::processEvents();
+                entries = texts(*menu);
+                menu->close();
+            }
+        });
+        const QPoint middle = editor->rect().center();
+        QContextMenuEvent event(QContextMenuEvent::Keyboard, middle, editor->mapToGlobal(middle));
+        QApplication::sendEvent(editor, &event);
+        QTRY_COMPARE(entries.value(0), u"Toggle Block"_s);
+        QCOMPARE(openEditor(rules), editor);
+    }
+
 private:
+    static void onBothPages()
+    {
+        QTest::addColumn<bool>("onRulesPage");
+        QTest::newRow("applications") << false;
+        QTest::newRow("rules") << true;
+    }
+
     void showRules() { WindowFixture::click(fixture->button(u"\u2263    Rules"_s)); }
 
     static QPoint cellCentre(QTableWidget *table, const QString &application)
@@ -225,8 +291,9 @@ private:
         return table->visualItemRect(table->item(row, 0)).center();
     }
 
-    /// Sends a context-menu event as the windowing system does. While the menu is open, `inMenu`
-    /// runs; then the menu is closed. Returns whether there was a menu.
+    /// Presses the right button over what lies there, an editor or the table itself, upon which the
+    /// windowing system asks for a menu. While it is open, `inMenu` runs; then it is closed.
+    /// Returns whether there was a menu of the window's, which has its own entries.
     static bool openMenuAt(QTableWidget *table, QPoint position,
                            const std::function<void(QMenu &)> &inMenu)
     {
@@ -235,15 +302,24 @@ private:
             auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
             if (!menu)
                 return;
-            opened = true;
             const QPointer<QMenu> open = menu;
-            inMenu(*menu);
+            QCoreApplication::processEvents(); // the windowing system's, about the new window
+            opened = qobject_cast<QMainWindow *>(menu->parentWidget()) != nullptr;
+            if (opened)
+                inMenu(*menu);
             if (open)
                 open->close();
         });
-        QContextMenuEvent event(QContextMenuEvent::Mouse, position,
-                                table->viewport()->mapToGlobal(position));
-        QApplication::sendEvent(table->viewport(), &event);
+        QWidget *viewport = table->viewport();
+        const QPoint onScreen = viewport->mapToGlobal(position);
+        QWidget *under = viewport->childAt(position);
+        if (!under)
+            under = viewport;
+        const QPoint inWidget = under->mapFromGlobal(onScreen);
+        QTest::mousePress(under, Qt::RightButton, {}, inWidget);
+        QContextMenuEvent event(QContextMenuEvent::Mouse, inWidget, onScreen);
+        QApplication::sendEvent(under, &event);
+        QTest::mouseRelease(viewport, Qt::RightButton, {}, position);
         // Without a menu the timer is still to come.
         QCoreApplication::processEvents();
         return opened;
@@ -287,5 +363,5 @@ private:
     }
 };
 
-TOVAN_TEST_MAIN(ContextMenusTest)
+TOVAN_WINDOW_TEST(contextmenus_test, ContextMenusTest)
 #include "contextmenus_test.moc"

@@ -89,21 +89,6 @@ private Q_SLOTS:
         QVERIFY(openEditor(table)->text() != u"Low"_s);
     }
 
-    void theEditorsOwnMenuStaysOpenThroughATick()
-    {
-        QLineEdit *editor = clickIntoCell(table, 0, Priority);
-        QContextMenuEvent event(QContextMenuEvent::Mouse, editor->rect().center(),
-                                editor->mapToGlobal(editor->rect().center()));
-        QApplication::sendEvent(editor, &event);
-        QPointer<QWidget> menu = QApplication::activePopupWidget();
-        QVERIFY(menu);
-        fixture->tick();
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QVERIFY(menu && menu->isVisible());
-        menu->close();
-        QVERIFY(openEditor(table));
-    }
-
     void theEditorMovesWithItsApplicationsRow()
     {
         retype(clickIntoCell(table, 1, DlKbps), u"77"_s);
@@ -275,5 +260,5 @@ private:
     }
 };
 
-TOVAN_TEST_MAIN(RulesEditingTest)
+TOVAN_WINDOW_TEST(rulesediting_test, RulesEditingTest)
 #include "rulesediting_test.moc"

@@ -53,13 +53,15 @@ private Q_SLOTS:
         QCOMPARE(table->currentColumn(), int(Sockets));
     }
 
-    void tabGoesOnInTheNextRow()
+    void tabLeavesTheTableAtTheEndOfARow()
     {
-        retype(clickIntoCell(table, 1, Sockets), u"9"_s);
+        retype(clickIntoCell(table, 1, UlKbps), u"9"_s);
         QTest::keyClick(openEditor(table), Qt::Key_Tab);
-        QCOMPARE(table->currentRow(), 2);
-        QCOMPARE(table->currentColumn(), int(Application));
-        QVERIFY(openEditor(table));
+        QTest::keyClick(openEditor(table), Qt::Key_Tab);
+        QCOMPARE(cell(u"app2"_s, UlKbps), u"9"_s);
+        QCOMPARE(table->currentRow(), 1);
+        QVERIFY(!openEditor(table));
+        QVERIFY(!table->hasFocus());
     }
 
     void shiftTabEditsThePreviousCellAfterACommit()
@@ -185,5 +187,5 @@ private Q_SLOTS:
     }
 };
 
-TOVAN_TEST_MAIN(RulesKeysTest)
+TOVAN_WINDOW_TEST(ruleskeys_test, RulesKeysTest)
 #include "ruleskeys_test.moc"

@@ -1,4 +1,5 @@
 #include "rules/ruleslist.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -117,5 +118,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(RulesListTest)
+TOVAN_APPLESS_TEST(ruleslist_test, RulesListTest)
 #include "ruleslist_test.moc"

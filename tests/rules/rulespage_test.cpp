@@ -185,6 +185,23 @@ private Q_SLOTS:
             QVERIFY(!button->isCheckable());
     }
 
+    void aDoubleClickInAFilteredTableUnblocksOneApplication()
+    {
+        addApplications();
+        seed(u"curl"_s, {{u"blocked"_s, true}});
+        seed(u"dnsd"_s, {{u"blocked"_s, true}});
+        open();
+        click(u"Blocked"_s);
+        QCOMPARE(shownNames(), QStringList({u"curl"_s, u"dnsd"_s}));
+        const QPoint first = WindowFixture::checkBoxCentre(table, 0, 4);
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, first);
+        QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, first);
+        QTest::mouseRelease(table->viewport(), Qt::LeftButton, {}, first);
+        QCOMPARE(shownNames(), QStringList({u"dnsd"_s}));
+        WindowFixture::clickCheckBox(table, 0, 4);
+        QCOMPARE(shownNames(), QStringList({u"No rules or active apps"_s}));
+    }
+
     void modeBlockedWithoutABlockedRuleShowsThePlaceholder()
     {
         addApplications();
@@ -368,5 +385,5 @@ private:
     QWidget *page = nullptr;
 };
 
-TOVAN_TEST_MAIN(RulesPageTest)
+TOVAN_WINDOW_TEST(rulespage_test, RulesPageTest)
 #include "rulespage_test.moc"

@@ -105,5 +105,5 @@ private:
     }
 };
 
-TOVAN_TEST_MAIN(RulesValuesTest)
+TOVAN_WINDOW_TEST(rulesvalues_test, RulesValuesTest)
 #include "rulesvalues_test.moc"

@@ -1,5 +1,6 @@
 #include "sampling/connections.h"
 #include "tests/support/scriptedsystem.h"
+#include "tests/support/testmain.h"
 
 #include <QtEndian>
 #include <QtTest>
@@ -171,5 +172,5 @@ private:
     ScriptedSystem &system = ScriptedSystem::instance();
 };
 
-QTEST_APPLESS_MAIN(ConnectionsTest)
+TOVAN_APPLESS_TEST(connections_test, ConnectionsTest)
 #include "connections_test.moc"

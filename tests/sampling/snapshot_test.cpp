@@ -1,5 +1,6 @@
 #include "sampling/appsample.h"
 #include "tests/support/scriptedsystem.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -181,5 +182,5 @@ private:
     ScriptedSystem &system = ScriptedSystem::instance();
 };
 
-QTEST_APPLESS_MAIN(SnapshotTest)
+TOVAN_APPLESS_TEST(snapshot_test, SnapshotTest)
 #include "snapshot_test.moc"

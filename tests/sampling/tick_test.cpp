@@ -198,5 +198,5 @@ private Q_SLOTS:
     }
 };
 
-TOVAN_TEST_MAIN(TickTest)
+TOVAN_WINDOW_TEST(tick_test, TickTest)
 #include "tick_test.moc"

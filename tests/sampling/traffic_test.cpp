@@ -1,5 +1,6 @@
 #include "sampling/traffic.h"
 #include "tests/support/scriptedsystem.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -140,5 +141,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_APPLESS_MAIN(TrafficTest)
+TOVAN_APPLESS_TEST(traffic_test, TrafficTest)
 #include "traffic_test.moc"

@@ -200,5 +200,5 @@ void ApplyProfileTest::otherEditsStayUnapplied()
     QCOMPARE(shown(u"Reset day"_s), u"9"_s);
 }
 
-TOVAN_TEST_MAIN(ApplyProfileTest)
+TOVAN_WINDOW_TEST(applyprofile_test, ApplyProfileTest)
 #include "applyprofile_test.moc"

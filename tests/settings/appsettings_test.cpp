@@ -1,4 +1,5 @@
 #include "settings/appsettings.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -125,5 +126,5 @@ void AppSettingsTest::boundsOfASettingClampATypedText()
     QCOMPARE(parseClamped(u"5000"_s, &AppSettings::maxTableRows), 1000);
 }
 
-QTEST_APPLESS_MAIN(AppSettingsTest)
+TOVAN_APPLESS_TEST(appsettings_test, AppSettingsTest)
 #include "appsettings_test.moc"

@@ -245,5 +245,5 @@ void ControlCenterTest::longTextsDoNotWidenTheWindow()
     QVERIFY(scroll->widget()->rect().contains(corner));
 }
 
-TOVAN_TEST_MAIN(ControlCenterTest)
+TOVAN_WINDOW_TEST(controlcenter_test, ControlCenterTest)
 #include "controlcenter_test.moc"

@@ -217,5 +217,5 @@ void ControlCenterEffectsTest::resettingUsageDoesNotAllowTheAlertAgain()
     QCOMPARE(m_fixture->toast(), u"Session counters reset"_s);
 }
 
-TOVAN_TEST_MAIN(ControlCenterEffectsTest)
+TOVAN_WINDOW_TEST(controlcentereffects_test, ControlCenterEffectsTest)
 #include "controlcentereffects_test.moc"

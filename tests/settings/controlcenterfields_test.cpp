@@ -266,5 +266,5 @@ void ControlCenterFieldsTest::anyTextInAnyFieldIsTaken()
     QCOMPARE(m_fixture->find<QLabel>("titleBarText")->text(), typedTitle.trimmed());
 }
 
-TOVAN_TEST_MAIN(ControlCenterFieldsTest)
+TOVAN_WINDOW_TEST(controlcenterfields_test, ControlCenterFieldsTest)
 #include "controlcenterfields_test.moc"

@@ -1,5 +1,6 @@
 #include "settings/appsettings.h"
 #include "settings/profiles.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -142,5 +143,5 @@ void ProfilesTest::presetsLieWithinTheBoundsOfTheSettings()
     }
 }
 
-QTEST_APPLESS_MAIN(ProfilesTest)
+TOVAN_APPLESS_TEST(profiles_test, ProfilesTest)
 #include "profiles_test.moc"

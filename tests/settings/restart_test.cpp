@@ -244,7 +244,7 @@ void RestartTest::aDirectoryInThePlaceOfTheStoreIsLivedWith()
     QVERIFY(QFileInfo(WindowFixture::storePath()).isDir());
     QVERIFY(QDir().rmdir(WindowFixture::storePath()));
     m_fixture->tick();
-    QVERIFY(storeContent().contains("todayBytes=1073741824\n"));
+    QTRY_VERIFY(storeContent().contains("todayBytes=1073741824\n"));
 }
 
 void RestartTest::aStoreThatCannotBeWrittenIsWrittenWhenItCan()
@@ -289,7 +289,7 @@ void RestartTest::aFullDiskKeepsTheOldStoreWhole()
     }
     QCOMPARE(meanwhile, before);
     m_fixture->tick();
-    QVERIFY(storeContent().contains("todayBytes=2147483648\n"));
+    QTRY_VERIFY(storeContent().contains("todayBytes=2147483648\n"));
     QCOMPARE(QFileInfo(WindowFixture::storePath()).dir().entryList(QDir::Files).size(), 1);
 }
 
@@ -305,8 +305,8 @@ void RestartTest::theLockOfAKilledProcessDoesNotStopTheNextSave()
     elapsed.start();
     m_fixture->tick();
     QVERIFY2(elapsed.elapsed() < 5000, "the window was frozen");
-    QVERIFY(storeContent().contains("todayBytes=1073741824\n"));
+    QTRY_VERIFY(storeContent().contains("todayBytes=1073741824\n"));
 }
 
-TOVAN_TEST_MAIN(RestartTest)
+TOVAN_WINDOW_TEST(restart_test, RestartTest)
 #include "restart_test.moc"

@@ -1,4 +1,5 @@
 #include "tests/settings/storefixture.h"
+#include "tests/support/testmain.h"
 
 #include <QDir>
 #include <QRandomGenerator>
@@ -7,6 +8,7 @@
 #include <limits>
 
 using namespace Qt::StringLiterals;
+using namespace std::chrono_literals;
 
 /// The settings and counters in the store, and stores that are damaged.
 class SettingsStoreTest : public QObject, private StoreFixture
@@ -35,6 +37,7 @@ private Q_SLOTS:
     void binaryRubbishLoadsAndIsSavedOver();
     void aDirectoryInThePlaceOfTheStore();
     void aSaveThatFailedIsMadeUpForByTheNextOne();
+    void aStoreIsTriedAgainLaterAndLater();
 };
 
 void SettingsStoreTest::anEmptyStoreYieldsTheDefaults()
@@ -309,5 +312,13 @@ void SettingsStoreTest::aSaveThatFailedIsMadeUpForByTheNextOne()
     QCOMPARE(load(), state);
 }
 
-QTEST_GUILESS_MAIN(SettingsStoreTest)
+void SettingsStoreTest::aStoreIsTriedAgainLaterAndLater()
+{
+    QList<std::chrono::milliseconds> delays{0ms};
+    for (int failure = 0; failure < 8; ++failure)
+        delays.append(nextRetryDelay(delays.last()));
+    QCOMPARE(delays, (QList<std::chrono::milliseconds>{0ms, 250ms, 500ms, 1s, 2s, 4s, 8s, 8s, 8s}));
+}
+
+TOVAN_GUILESS_TEST(settingsstore_test, SettingsStoreTest)
 #include "settingsstore_test.moc"

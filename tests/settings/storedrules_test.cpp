@@ -1,4 +1,5 @@
 #include "tests/settings/storefixture.h"
+#include "tests/support/testmain.h"
 
 #include <QSettings>
 #include <QtTest>
@@ -32,6 +33,9 @@ private Q_SLOTS:
     void anEmptiedMapLeavesNoElementBehind();
     void anyNameSavedIsTheNameLoaded_data();
     void anyNameSavedIsTheNameLoaded();
+    void aLongerNameIsCutOnLoad_data();
+    void aLongerNameIsCutOnLoad();
+    void halfACharacterIsReplacedOnLoad();
     void tenThousandRulesSurvive();
     void theLargestSizeIsNeverExceeded_data();
     void theLargestSizeIsNeverExceeded();
@@ -220,9 +224,12 @@ void StoredRulesTest::anyNameSavedIsTheNameLoaded_data()
     QTest::newRow("combining") << u"e\u0301\u200d"_s;
     QTest::newRow("emoji") << u"😀👩‍👩‍👧🇩🇪"_s;
     QTest::newRow("byte order mark") << u"\ufeffname"_s;
+    QTest::newRow("byte order marks") << u"\ufeff\ufeffn\ufeffame ü日😀\n\0"_s;
+    QTest::newRow("byte order mark alone") << u"\ufeff"_s;
     QTest::newRow("replacement character") << u"bad\ufffdbyte"_s;
     QTest::newRow("own row of the tables") << u"This PC"_s;
-    QTest::newRow("long") << QString(100000, u'x');
+    QTest::newRow("as long as a line edit's") << QString(32767, u'x');
+    QTest::newRow("as long as a line edit's, escaped") << QString(32767, u'\u0001');
 }
 
 void StoredRulesTest::anyNameSavedIsTheNameLoaded()
@@ -233,6 +240,41 @@ void StoredRulesTest::anyNameSavedIsTheNameLoaded()
     state.settings.windowTitleText = name;
     save(state);
     QCOMPARE(load(), state);
+}
+
+void StoredRulesTest::aLongerNameIsCutOnLoad_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<qsizetype>("length");
+    QTest::newRow("by one") << QString(32768, u'x') << qsizetype(32767);
+    QTest::newRow("a hundred times") << QString(3276700, u'x') << qsizetype(32767);
+    QTest::newRow("not within a character") << u"😀"_s.repeated(20000) << qsizetype(32766);
+}
+
+void StoredRulesTest::aLongerNameIsCutOnLoad()
+{
+    QFETCH(QString, name);
+    QFETCH(qsizetype, length);
+    StoredState state = load();
+    state.rules.insert(name, blockedRule());
+    state.settings.windowTitleText = name;
+    state.usage.dayKey = name;
+    save(state);
+    const StoredState loaded = load();
+    QCOMPARE(loaded.rules.keys(), QStringList{name.first(length)});
+    QCOMPARE(loaded.settings.windowTitleText, name.first(length));
+    QCOMPARE(loaded.usage.dayKey, name.first(length));
+    save(loaded);
+    QCOMPARE(load(), loaded);
+}
+
+void StoredRulesTest::halfACharacterIsReplacedOnLoad()
+{
+    writeFile("[rules]\nsize=1\n1\\app=half \\xd83d\n");
+    const StoredState loaded = load();
+    QCOMPARE(loaded.rules.keys(), QStringList{u"half ?"_s});
+    save(loaded);
+    QCOMPARE(load(), loaded);
 }
 
 void StoredRulesTest::tenThousandRulesSurvive()
@@ -254,6 +296,7 @@ void StoredRulesTest::theLargestSizeIsNeverExceeded_data()
     QTest::newRow("three bytes each") << QString(1000, u'日');
     QTest::newRow("emoji") << u"😀"_s.repeated(500);
     QTest::newRow("private use") << QString(1000, u'\uf8ff');
+    QTest::newRow("byte order mark") << u'\ufeff' + QString(1000, u'\uf8ff');
     QTest::newRow("empty") << QString();
 }
 
@@ -288,5 +331,5 @@ void StoredRulesTest::theLargestSizeHoldsWithoutRules()
     QVERIFY(fileContent().size() <= largestStoreSize(state));
 }
 
-QTEST_GUILESS_MAIN(StoredRulesTest)
+TOVAN_GUILESS_TEST(storedrules_test, StoredRulesTest)
 #include "storedrules_test.moc"

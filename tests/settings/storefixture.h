@@ -19,7 +19,7 @@ protected:
     /// Empty when there is no file.
     QByteArray fileContent() const;
     /// What the file holds on 1 February 2026.
-    StoredState load() const;
+    StoredState load();
     void save(const StoredState &state) const;
 
     /// A rule that only blocks.
@@ -29,4 +29,5 @@ protected:
 
 private:
     std::unique_ptr<QTemporaryDir> m_directory;
+    int m_loads = 0;
 };

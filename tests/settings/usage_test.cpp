@@ -1,5 +1,6 @@
 #include "settings/appsettings.h"
 #include "settings/usage.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -328,5 +329,5 @@ void UsageTest::allowanceIsShownInWholeGigabytes()
     QCOMPARE(wholeGigabytes(std::numeric_limits<quint64>::max()), 17179869183ULL);
 }
 
-QTEST_APPLESS_MAIN(UsageTest)
+TOVAN_APPLESS_TEST(usage_test, UsageTest)
 #include "usage_test.moc"

@@ -124,5 +124,5 @@ void UsageAlertsTest::aNewMonthAllowsTheAlertsAgain()
     QCOMPARE(toastOfTick(81 * gigabyte), u"Warning usage: 80% reached"_s);
 }
 
-TOVAN_TEST_MAIN(UsageAlertsTest)
+TOVAN_WINDOW_TEST(usagealerts_test, UsageAlertsTest)
 #include "usagealerts_test.moc"

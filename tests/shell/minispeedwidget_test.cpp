@@ -126,7 +126,31 @@ private Q_SLOTS:
         QVERIFY(mini->isVisible());
         QCOMPARE(mini->pos(), QPoint(333, 222));
     }
+
+    void closedByTheUserItIsSwitchedOff()
+    {
+        WindowFixture fixture;
+        WindowFixture::store(u"miniWidgetEnabled"_s, true);
+        fixture.open();
+        QVERIFY(fixture.button(u"Show mini monitor"_s)->isChecked());
+        QCloseEvent event;
+        QSpontaneKeyEvent::setSpontaneous(&event); // as one is that a window manager asks for
+        QApplication::instance()->notify(miniMonitor(), &event);
+        QVERIFY(!fixture.button(u"Show mini monitor"_s)->isChecked());
+        QCOMPARE(WindowFixture::stored(u"miniWidgetEnabled"_s).toBool(), false);
+    }
+
+    void closedByTheProgramItStaysOn()
+    {
+        WindowFixture fixture;
+        WindowFixture::store(u"miniWidgetEnabled"_s, true);
+        fixture.open();
+        QVERIFY(miniMonitor()->close());
+        fixture.tick();
+        QVERIFY(fixture.button(u"Show mini monitor"_s)->isChecked());
+        QCOMPARE(WindowFixture::stored(u"miniWidgetEnabled"_s).toBool(), true);
+    }
 };
 
-TOVAN_TEST_MAIN(MiniSpeedWidgetTest)
+TOVAN_WINDOW_TEST(minispeedwidget_test, MiniSpeedWidgetTest)
 #include "minispeedwidget_test.moc"

@@ -296,5 +296,5 @@ private:
     }
 };
 
-TOVAN_TEST_MAIN(ThemeTest)
+TOVAN_WINDOW_TEST(theme_test, ThemeTest)
 #include "theme_test.moc"

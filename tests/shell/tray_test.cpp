@@ -154,5 +154,5 @@ private Q_SLOTS:
     }
 };
 
-TOVAN_TEST_MAIN(TrayTest)
+TOVAN_WINDOW_TEST(tray_test, TrayTest)
 #include "tray_test.moc"

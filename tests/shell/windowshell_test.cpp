@@ -253,5 +253,5 @@ private Q_SLOTS:
     }
 };
 
-TOVAN_TEST_MAIN(WindowShellTest)
+TOVAN_WINDOW_TEST(windowshell_test, WindowShellTest)
 #include "windowshell_test.moc"

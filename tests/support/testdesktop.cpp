@@ -1,5 +1,7 @@
 #include "tests/support/testdesktop.h"
 
+#include "tests/support/sessionbus.h"
+
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusVariant>
@@ -15,6 +17,11 @@ const QString notificationService = u"org.freedesktop.Notifications"_s;
 const QString notificationPath = u"/org/freedesktop/Notifications"_s;
 const QString connectionName = u"desktop services"_s;
 
+QString busName(TestDesktop::Service service)
+{
+    return service == TestDesktop::Service::Tray ? watcherService : notificationService;
+}
+
 /// Starts a process and returns the first line that it prints.
 QByteArray startAndReadLine(QProcess &process, const QString &program, const QStringList &arguments)
 {
@@ -28,7 +35,7 @@ QByteArray startAndReadLine(QProcess &process, const QString &program, const QSt
     return process.readLine().trimmed();
 }
 
-void stop(QProcess &process)
+void endProcess(QProcess &process)
 {
     process.terminate();
     process.waitForFinished();
@@ -89,7 +96,7 @@ TestDesktop::TestDesktop()
                                                 {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
                                                  u"1280x900x24"_s, u"-nolisten"_s, u"tcp"_s});
     const QByteArray bus = startAndReadLine(m_bus, u"dbus-daemon"_s,
-                                            {u"--session"_s, u"--nofork"_s, u"--print-address"_s});
+                                            sessionBusArguments(m_folder.filePath(u"bus.conf"_s)));
     qputenv("DISPLAY", ':' + display);
     qputenv("DBUS_SESSION_BUS_ADDRESS", bus);
     qputenv("QT_QPA_PLATFORM", "xcb");
@@ -101,21 +108,30 @@ TestDesktop::~TestDesktop()
     m_thread.quit();
     m_thread.wait();
     m_services.reset();
-    stop(m_bus);
-    stop(m_server);
+    endProcess(m_bus);
+    endProcess(m_server);
 }
 
-void TestDesktop::startServices()
+void TestDesktop::connect()
 {
     auto connection = QDBusConnection::connectToBus(QDBusConnection::SessionBus, connectionName);
     m_services = std::make_unique<DesktopServices>();
     m_services->moveToThread(&m_thread);
     m_thread.start();
     if (!connection.registerVirtualObject(watcherPath, m_services.get())
-        || !connection.registerVirtualObject(notificationPath, m_services.get())
-        || !connection.registerService(watcherService)
-        || !connection.registerService(notificationService))
-        qFatal("the services cannot be announced");
+        || !connection.registerVirtualObject(notificationPath, m_services.get()))
+        qFatal("the services cannot be reached");
+}
+
+void TestDesktop::start(Service service)
+{
+    if (!QDBusConnection(connectionName).registerService(busName(service)))
+        qFatal("the service cannot be announced");
+}
+
+void TestDesktop::stop(Service service)
+{
+    QDBusConnection(connectionName).unregisterService(busName(service));
 }
 
 QList<DesktopNotification> TestDesktop::takeNotifications()

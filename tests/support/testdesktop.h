@@ -3,6 +3,7 @@
 #include <QMutex>
 #include <QProcess>
 #include <QString>
+#include <QTemporaryDir>
 #include <QThread>
 
 #include <memory>
@@ -20,8 +21,9 @@ struct DesktopNotification
     bool operator==(const DesktopNotification &) const = default;
 };
 
-/// A desktop of the test's own: an X server, a session bus, and on it a host for tray icons and a
-/// notification service. Construct it before the application object, which it then is shown on.
+/// A desktop of the test's own: an X server and a session bus, on which a host for tray icons and a
+/// notification service come and go. Construct it before the application object, which it then is
+/// shown on.
 class TestDesktop
 {
 public:
@@ -30,13 +32,19 @@ public:
     TestDesktop(const TestDesktop &) = delete;
     TestDesktop &operator=(const TestDesktop &) = delete;
 
-    /// Announces the services on the bus; needs the application object.
-    void startServices();
+    /// Prepares the services; needs the application object.
+    void connect();
+
+    enum class Service { Tray, Notifications };
+    /// Announces the service on the bus, or takes it away.
+    static void start(Service service);
+    static void stop(Service service);
 
     /// What was notified since the last call.
     QList<DesktopNotification> takeNotifications();
 
 private:
+    QTemporaryDir m_folder;
     QProcess m_server;
     QProcess m_bus;
     QThread m_thread;

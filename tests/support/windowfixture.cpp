@@ -1,13 +1,13 @@
 #include "tests/support/windowfixture.h"
 
 #include "shell/minispeedwidget.h"
+#include "tests/support/paintedcheckbox.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QMenuBar>
 #include <QScrollArea>
 #include <QSettings>
-#include <QStyleOptionViewItem>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -181,19 +181,10 @@ void WindowFixture::clickCheckBox(QTableWidget *table, int row, int column)
 
 QPoint WindowFixture::checkBoxCentre(const QTableWidget *table, int row, int column)
 {
-    const QModelIndex index = table->model()->index(row, column);
-    QStyleOptionViewItem option;
-    option.initFrom(table);
-    option.widget = table;
-    option.rect = table->visualRect(index);
-    option.features = QStyleOptionViewItem::HasCheckIndicator;
-    option.text = index.data().toString();
-    if (!option.text.isEmpty())
-        option.features |= QStyleOptionViewItem::HasDisplay;
-    option.displayAlignment = Qt::AlignCenter;
-    return table->style()
-        ->subElementRect(QStyle::SE_ItemViewItemCheckIndicator, &option, table)
-        .center();
+    const QRectF box = paintedCheckBox(table, row, column);
+    if (box.isEmpty())
+        qFatal("no check box is painted in row %d, column %d", row, column);
+    return box.center().toPoint();
 }
 
 QString WindowFixture::storePath()

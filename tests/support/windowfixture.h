@@ -71,7 +71,8 @@ public:
     static void click(QWidget *widget);
     /// Clicks the check box of a cell.
     static void clickCheckBox(QTableWidget *table, int row, int column);
-    /// Middle of a cell's check box, in the viewport.
+    /// Middle of a cell's check box as it is painted, in the viewport; fails the test where none
+    /// is.
     static QPoint checkBoxCentre(const QTableWidget *table, int row, int column);
 
     /// The control that stands beside this label, or the check box of this text, in the Control
@@ -108,12 +109,12 @@ MiniSpeedWidget *miniMonitor();
 /// Prepares the test process: names as the program's, a settings directory of its own.
 void prepareTestProcess();
 
-/// QTEST_MAIN for tests on the window: prepares the process before anything reads the settings.
-#define TOVAN_TEST_MAIN(TestObject)                                                                \
-    int main(int argc, char *argv[])                                                               \
+/// Runs the class on the window: prepares the process before anything reads the settings.
+#define TOVAN_WINDOW_TEST(name, TestObject)                                                        \
+    int name(int argc, char *argv[])                                                               \
     {                                                                                              \
         prepareTestProcess();                                                                      \
-        QApplication app(argc, argv);                                                              \
+        const QApplication app(argc, argv);                                                        \
         TestObject test;                                                                           \
         return QTest::qExec(&test, argc, argv);                                                    \
     }

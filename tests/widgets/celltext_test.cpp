@@ -93,5 +93,5 @@ private:
     std::unique_ptr<WindowFixture> fixture;
 };
 
-TOVAN_TEST_MAIN(CellTextTest)
+TOVAN_WINDOW_TEST(celltext_test, CellTextTest)
 #include "celltext_test.moc"

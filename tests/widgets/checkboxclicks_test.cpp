@@ -1,4 +1,6 @@
+#include "tests/support/testmain.h"
 #include "tests/support/windowfixture.h"
+#include "widgets/celldelegate.h"
 #include "widgets/checkboxclicks.h"
 #include "widgets/tablecells.h"
 
@@ -32,7 +34,7 @@ private Q_SLOTS:
         table->setSelectionBehavior(QAbstractItemView::SelectRows);
         table->setEditTriggers(QAbstractItemView::AllEditTriggers);
         table->resize(500, 300);
-        new CheckBoxClicks(table.get());
+        new CheckBoxClicks(table.get(), *new CellDelegate(table.get()));
         refill({u"alpha"_s, u"beta"_s, u"gamma"_s});
         table->show();
         QVERIFY(QTest::qWaitForWindowActive(table.get()));
@@ -142,9 +144,10 @@ private Q_SLOTS:
 
     void nothingHappensWhenTheCellHasLostItsCheckBox()
     {
+        const QPoint place = box(1);
         press(1);
         table->setItem(1, checkColumn, new QTableWidgetItem(u"plain"_s));
-        release(1);
+        QTest::mouseRelease(table->viewport(), Qt::LeftButton, {}, place);
         QCOMPARE(checkedApplications(), QStringList());
     }
 
@@ -175,6 +178,26 @@ private Q_SLOTS:
         QVERIFY(!editor());
     }
 
+    void theSecondOfTwoClicksDoesNothingInAnotherRow()
+    {
+        const QPoint place = box(1);
+        click(1);
+        refill({u"alpha"_s, u"gamma"_s});
+        QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, place);
+        QTest::mouseRelease(table->viewport(), Qt::LeftButton, {}, place);
+        QCOMPARE(checkedApplications(), QStringList());
+        QVERIFY(!editor());
+    }
+
+    void theSecondOfTwoClicksCountsWhereItsRowStayed()
+    {
+        click(1);
+        refill({u"beta"_s, u"beta"_s, u"alpha"_s});
+        QTest::mouseDClick(table->viewport(), Qt::LeftButton, {}, box(1));
+        release(1);
+        QCOMPARE(checkedApplications(), QStringList({u"beta"_s}));
+    }
+
     void otherButtonsDoNotClickTheBox()
     {
         QTest::mouseClick(table->viewport(), Qt::RightButton, {}, box(1));
@@ -202,7 +225,7 @@ private Q_SLOTS:
     {
         QStringList changed;
         connect(table.get(), &QTableWidget::itemChanged, this, [&](QTableWidgetItem *item) {
-            changed.append(applicationInRow(*table, item->row()));
+            changed.append(nameOfRow(item->row()));
             refill({u"beta"_s, u"alpha"_s});
         });
         click(1);
@@ -224,7 +247,7 @@ private:
     {
         const QSignalBlocker blocker(table.get());
         for (int row = 0; row < table->rowCount(); ++row)
-            setRow(row, applicationInRow(*table, row));
+            setRow(row, nameOfRow(row));
     }
 
     void setRow(int row, const QString &application)
@@ -237,6 +260,8 @@ private:
         table->setItem(row, checkColumn, item);
         table->setItem(row, textColumn, new QTableWidgetItem(u"text"_s));
     }
+
+    QString nameOfRow(int row) const { return table->item(row, 0)->text().trimmed(); }
 
     QPoint box(int row) const
     {
@@ -266,7 +291,7 @@ private:
         QStringList applications;
         for (int row = 0; row < table->rowCount(); ++row) {
             if (table->item(row, checkColumn)->checkState() == Qt::Checked)
-                applications.append(applicationInRow(*table, row));
+                applications.append(nameOfRow(row));
         }
         return applications;
     }
@@ -274,5 +299,5 @@ private:
     std::unique_ptr<QTableWidget> table;
 };
 
-QTEST_MAIN(CheckBoxClicksTest)
+TOVAN_WIDGET_TEST(checkboxclicks_test, CheckBoxClicksTest)
 #include "checkboxclicks_test.moc"

@@ -1,13 +1,16 @@
 #include "tests/desktop/support/desktop.h"
 
+#include "tests/support/sessionbus.h"
+
 using namespace Qt::StringLiterals;
 
-Desktop::Desktop(Part part) : m_environment(QProcessEnvironment::systemEnvironment())
+Desktop::Desktop(Part part, QSize screenSize)
+    : m_environment(QProcessEnvironment::systemEnvironment())
 {
-    const QByteArray displayNumber
-        = m_server.startAndReadLine(u"Xvfb"_s,
-                                    {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
-                                     u"1600x1000x24"_s, u"-nolisten"_s, u"tcp"_s});
+    const QByteArray displayNumber = m_server.startAndReadLine(
+        u"Xvfb"_s,
+        {u"-displayfd"_s, u"1"_s, u"-screen"_s, u"0"_s,
+         u"%1x%2x24"_s.arg(screenSize.width()).arg(screenSize.height()), u"-nolisten"_s, u"tcp"_s});
     m_environment.insert(u"DISPLAY"_s, u':' + QString::fromLatin1(displayNumber));
     m_environment.insert(u"QT_QPA_PLATFORM"_s, u"xcb"_s);
     // Without an address the library would look for a bus elsewhere, or start one.
@@ -25,7 +28,7 @@ Desktop::Desktop(Part part) : m_environment(QProcessEnvironment::systemEnvironme
     }
     if (part != NoBus) {
         m_busAddress = QString::fromLatin1(m_bus.startAndReadLine(
-            u"dbus-daemon"_s, {u"--session"_s, u"--nofork"_s, u"--print-address"_s}));
+            u"dbus-daemon"_s, sessionBusArguments(m_folder.filePath(u"bus.conf"_s))));
         m_environment.insert(u"DBUS_SESSION_BUS_ADDRESS"_s, m_busAddress);
     }
     m_screen = std::make_unique<Screen>(display());
@@ -45,11 +48,23 @@ QDBusConnection Desktop::bus(const QString &name)
     return QDBusConnection::connectToBus(m_busAddress, connection);
 }
 
-void Desktop::act(const QString &arguments) const
+void Desktop::addMonitor(const QString &name, QRect area, bool first) const
 {
-    OwnedProcess xdotool;
-    xdotool.setProcessEnvironment(m_environment);
-    xdotool.start(u"xdotool"_s, arguments.split(u' '));
-    if (!xdotool.waitForFinished(20000) || xdotool.exitCode() != 0)
-        qFatal("xdotool %s failed", qPrintable(arguments));
+    // Sizes in millimetres do not matter; Xvfb has one output, which is called "screen".
+    run(u"xrandr"_s,
+        u"--setmonitor %1 %2/300x%3/200+%4+%5 %6"_s.arg(name)
+            .arg(area.width())
+            .arg(area.height())
+            .arg(area.x())
+            .arg(area.y())
+            .arg(first ? u"screen"_s : u"none"_s));
+}
+
+void Desktop::run(const QString &program, const QString &arguments) const
+{
+    OwnedProcess process;
+    process.setProcessEnvironment(m_environment);
+    process.start(program, arguments.split(u' '));
+    if (!process.waitForFinished(20000) || process.exitCode() != 0)
+        qFatal("%s %s failed", qPrintable(program), qPrintable(arguments));
 }

@@ -5,6 +5,7 @@
 
 #include <QDBusConnection>
 #include <QProcessEnvironment>
+#include <QRect>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -19,7 +20,7 @@ public:
         NoBus, ///< programs are told that there is no session bus
         NoWindowManager,
     };
-    explicit Desktop(Part part = Everything);
+    explicit Desktop(Part part = Everything, QSize screenSize = {1600, 1000});
     ~Desktop();
     Desktop(const Desktop &) = delete;
     Desktop &operator=(const Desktop &) = delete;
@@ -31,9 +32,15 @@ public:
     /// What a program needs to be started on this desktop.
     QProcessEnvironment environment() const { return m_environment; }
     /// Runs xdotool with these arguments: pointer and keyboard of the desktop.
-    void act(const QString &arguments) const;
+    void act(const QString &arguments) const { run(QStringLiteral("xdotool"), arguments); }
+    /// Declares a part of the screen to be a monitor of that name. The first one takes the place of
+    /// the one that is the whole screen.
+    void addMonitor(const QString &name, QRect area, bool first = false) const;
 
 private:
+    /// Runs a program with these arguments, parted by blanks, to its end.
+    void run(const QString &program, const QString &arguments) const;
+
     QTemporaryDir m_folder;
     OwnedProcess m_server;
     OwnedProcess m_manager;

@@ -55,18 +55,37 @@ void Program::start(const QHash<QString, QString> &more)
         qFatal("the program does not start");
 }
 
+std::unique_ptr<OwnedProcess> Program::startAnother(const QHash<QString, QString> &more) const
+{
+    auto process = std::make_unique<OwnedProcess>();
+    QProcessEnvironment environment = m_process.processEnvironment();
+    for (auto variable = more.begin(); variable != more.end(); ++variable)
+        environment.insert(variable.key(), variable.value());
+    process->setProcessEnvironment(environment);
+    process->setStandardErrorFile(QString());
+    process->setProcessChannelMode(QProcess::MergedChannels);
+    process->start(qEnvironmentVariable("TOVAN_PROGRAM"), QStringList());
+    if (!process->waitForStarted())
+        qFatal("the program does not start");
+    return process;
+}
+
+bool endsSilently(OwnedProcess &process)
+{
+    return QTest::qWaitFor([&process] { return process.state() == QProcess::NotRunning; }, patience)
+        && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0
+        && process.readAll().isEmpty();
+}
+
 bool Program::endsWell()
 {
     return QTest::qWaitFor([this] { return !isRunning(); }, patience)
         && m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
 }
 
-bool Program::isEndedBy(int signal)
+void Program::send(int signal) const
 {
     kill(static_cast<pid_t>(pid()), signal);
-    // The exit code of a process that a signal has ended is that signal.
-    return QTest::qWaitFor([this] { return !isRunning(); }, patience)
-        && m_process.exitStatus() == QProcess::CrashExit && m_process.exitCode() == signal;
 }
 
 ManagedWindow Program::window() const

@@ -14,12 +14,13 @@ public:
 
     /// Starts it with the desktop's environment, and `more` of it.
     void start(const QHash<QString, QString> &more = {});
+    /// Starts another process of it for the same store.
+    std::unique_ptr<OwnedProcess> startAnother(const QHash<QString, QString> &more = {}) const;
     qint64 pid() const { return m_process.processId(); }
     bool isRunning() const { return m_process.state() == QProcess::Running; }
     /// Waits until it ends and tells whether it did so by itself and without an error.
     bool endsWell();
-    /// Sends it a signal and tells whether that ended it.
-    bool isEndedBy(int signal);
+    void send(int signal) const;
 
     /// The window and the mini monitor; without an id when not on the screen.
     ManagedWindow window() const;
@@ -47,3 +48,7 @@ private:
     StoredState m_seeded;
     OwnedProcess m_process;
 };
+
+/// Waits until a process ends and tells whether it did so by itself, without an error and without a
+/// word.
+bool endsSilently(OwnedProcess &process);

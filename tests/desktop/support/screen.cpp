@@ -152,6 +152,19 @@ QRect Screen::boundsOf(QColor colour)
     return bounds;
 }
 
+QSize Screen::largestIcon(xcb_window_t window)
+{
+    // Icon after icon: width, height, and a number for each pixel.
+    const auto icons = values<std::uint32_t>(window, "_NET_WM_ICON");
+    QSize largest;
+    for (qsizetype i = 0; i + 1 < icons.size();) {
+        const QSize size(static_cast<int>(icons[i]), static_cast<int>(icons[i + 1]));
+        largest = largest.expandedTo(size);
+        i += 2 + qsizetype{size.width()} * size.height();
+    }
+    return largest;
+}
+
 void Screen::askToClose(xcb_window_t window)
 {
     ::askToClose(m_connection, window);

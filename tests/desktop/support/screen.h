@@ -46,6 +46,8 @@ public:
     QColor colourAt(QPoint position);
     /// The smallest rectangle that has all of the screen's pixels of that colour.
     QRect boundsOf(QColor colour);
+    /// Size of a window's largest icon; empty when it has none.
+    QSize largestIcon(xcb_window_t window);
     /// Asks a window to close, as a window manager's button does.
     void askToClose(xcb_window_t window);
 

@@ -267,7 +267,7 @@ private:
     std::vector<std::unique_ptr<FileDescriptor>> sockets; ///< open until the test's end
 };
 
-int main(int argc, char *argv[])
+int connectionstates_test(int argc, char *argv[])
 {
     // Elsewhere this process's sockets are told by their owner just as well.
     enterOwnNetwork();

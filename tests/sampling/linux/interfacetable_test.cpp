@@ -54,9 +54,10 @@ QByteArray attribute(quint16 type, const QByteArray &value)
     return bytes.append((NLA_ALIGNTO - bytes.size() % NLA_ALIGNTO) % NLA_ALIGNTO, '\0');
 }
 
-QByteArray linkMessage(uint flags, const QByteArray &attributes)
+QByteArray linkMessage(uint flags, const QByteArray &attributes, int index = 1)
 {
     ifinfomsg link{};
+    link.ifi_index = index;
     link.ifi_type = ARPHRD_ETHER;
     link.ifi_flags = flags;
     return FakeKernel::message(RTM_NEWLINK, 1,
@@ -208,6 +209,18 @@ private Q_SLOTS:
         QCOMPARE(rows->front().description, std::string());
     }
 
+    void anInterfaceThatIsListedTwiceCountsOnce()
+    {
+        const auto named = [](const char *name, int index) {
+            return linkMessage(0, attribute(IFLA_IFNAME, name), index);
+        };
+        const auto rows = tableOf(named("one", 1) + named("two", 2) + named("one", 1));
+        QVERIFY(rows);
+        QCOMPARE(rows->size(), std::size_t(2));
+        QCOMPARE(rows->front().description, std::string("one"));
+        QCOMPARE(rows->back().description, std::string("two"));
+    }
+
     void aFailedDumpIsNoEmptyTable() { QVERIFY(!tableOf(QByteArray(16, '\0'))); }
 
     void octetsAreThoseOfRealTraffic()
@@ -264,7 +277,7 @@ private:
     LinuxSystemQueries m_queries;
 };
 
-int main(int argc, char *argv[])
+int interfacetable_test(int argc, char *argv[])
 {
     InterfaceTableTest test(enterOwnNetwork());
     QCoreApplication app(argc, argv);

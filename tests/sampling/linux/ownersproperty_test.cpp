@@ -155,7 +155,7 @@ private Q_SLOTS:
     }
 };
 
-int main(int argc, char *argv[])
+int ownersproperty_test(int argc, char *argv[])
 {
     enterOwnNetwork();
     QCoreApplication app(argc, argv);

@@ -1,6 +1,7 @@
 #include "sampling/linux/processfiles.h"
 #include "tests/sampling/linux/support/agent.h"
 #include "tests/sampling/linux/support/processtree.h"
+#include "tests/support/testmain.h"
 
 #include <sys/prctl.h>
 #include <unistd.h>
@@ -162,5 +163,5 @@ private:
     ProcessFiles m_files{processRoot};
 };
 
-QTEST_GUILESS_MAIN(ProcessFilesTest)
+TOVAN_GUILESS_TEST(processfiles_test, ProcessFilesTest)
 #include "processfiles_test.moc"

@@ -2,6 +2,7 @@
 #include "tests/sampling/linux/support/openwatch.h"
 #include "tests/sampling/linux/support/processtree.h"
 #include "tests/sampling/linux/support/unprivileged.h"
+#include "tests/support/testmain.h"
 
 #include <QtTest>
 
@@ -351,5 +352,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(RememberedOwnersTest)
+TOVAN_GUILESS_TEST(rememberedowners_test, RememberedOwnersTest)
 #include "rememberedowners_test.moc"

@@ -2,6 +2,7 @@
 #include "tests/sampling/linux/support/agent.h"
 #include "tests/sampling/linux/support/processtree.h"
 #include "tests/sampling/linux/support/unprivileged.h"
+#include "tests/support/testmain.h"
 
 #include <sys/stat.h>
 
@@ -164,5 +165,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SocketOwnersTest)
+TOVAN_GUILESS_TEST(socketowners_test, SocketOwnersTest)
 #include "socketowners_test.moc"

@@ -373,7 +373,7 @@ private:
     std::optional<LinuxSystemQueries> m_queries;
 };
 
-int main(int argc, char *argv[])
+int sockettable_test(int argc, char *argv[])
 {
     SocketTableTest test(enterOwnNetwork());
     QCoreApplication app(argc, argv);

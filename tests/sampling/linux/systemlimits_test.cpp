@@ -1,5 +1,6 @@
 #include "sampling/linux/linuxsystemqueries.h"
 #include "tests/sampling/linux/support/agent.h"
+#include "tests/support/testmain.h"
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -157,5 +158,5 @@ private Q_SLOTS:
     }
 };
 
-QTEST_GUILESS_MAIN(SystemLimitsTest)
+TOVAN_GUILESS_TEST(systemlimits_test, SystemLimitsTest)
 #include "systemlimits_test.moc"

@@ -1,5 +1,6 @@
 #include "settings/settingsstore.h"
 #include "tests/settings/linux/storewatch.h"
+#include "tests/support/testmain.h"
 
 #include <QProcess>
 #include <QSettings>
@@ -234,5 +235,5 @@ void KilledTest::theStoreIsWholeAndUpToDate()
           done, inSaves, beforeNames, static_cast<long long>(longest.count()));
 }
 
-QTEST_GUILESS_MAIN(KilledTest)
+TOVAN_GUILESS_TEST(killed_test, KilledTest)
 #include "killed_test.moc"

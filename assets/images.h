@@ -20,7 +20,3 @@ QPixmap assetPixmap(const QString &fileName, QSize size, qreal devicePixelRatio)
 /// Whether the icon has an image. QIcon::isNull() does not tell for a file: it is false even where
 /// nothing can read that file.
 bool canBeDrawn(const QIcon &icon);
-
-/// The icon that the desktop shows for an executable; one that cannot be drawn when there is no
-/// such file.
-QIcon executableIcon(const QString &path);

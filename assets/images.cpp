@@ -1,12 +1,8 @@
-#include "dashboard/icons.h"
-
-#include "app/lumetrawindow.h"
+#include "assets/images.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
-#include <QFileIconProvider>
-#include <QFileInfo>
 #include <QImageReader>
 
 using namespace Qt::StringLiterals;
@@ -39,23 +35,4 @@ QPixmap assetPixmap(const QString &fileName, QSize size, qreal devicePixelRatio)
 bool canBeDrawn(const QIcon &icon)
 {
     return !icon.pixmap(16, 16).isNull();
-}
-
-QIcon executableIcon(const QString &path)
-{
-    if (path.isEmpty() || !QFile::exists(path))
-        return {};
-    return QFileIconProvider().icon(QFileInfo(path));
-}
-
-QIcon LumetraWindow::appIcon(const QString &name)
-{
-    const auto cached = iconCache.constFind(name);
-    if (cached != iconCache.constEnd())
-        return *cached;
-
-    QIcon icon = executableIcon(appPaths.value(name));
-    if (!canBeDrawn(icon))
-        icon = assetIcon(u"tovan-site-icon.svg"_s);
-    return *iconCache.insert(name, icon);
 }
