@@ -7,7 +7,7 @@
 #include "widgets/elidedlabel.h"
 #include "widgets/namedwidgets.h"
 #include "widgets/ratelabel.h"
-#include "widgets/slimscrollbar.h"
+#include "widgets/slimscrollarea.h"
 
 #include <QAction>
 #include <QGridLayout>
@@ -16,7 +16,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QPushButton>
-#include <QScrollArea>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -282,11 +281,9 @@ QFrame *LumetraWindow::buildInfoView()
     layout->addWidget(infoHeading);
     layout->addWidget(createLabel(u"Details"_s));
 
-    auto *scroll = new QScrollArea;
+    auto *scroll = new SlimScrollArea;
     scroll->setObjectName("infoScroll"_L1);
     scroll->setAccessibleName(u"Details"_s);
-    scroll->setWidgetResizable(true);
-    scroll->setFrameShape(QFrame::NoFrame);
     scroll->setMinimumHeight(155);
     scroll->setMaximumHeight(190);
     auto *details = new QWidget;
@@ -300,7 +297,6 @@ QFrame *LumetraWindow::buildInfoView()
     detailsLayout->addWidget(infoDetails);
     detailsLayout->addStretch();
     scroll->setWidget(details);
-    useSlimScrollBars(*scroll);
     layout->addWidget(scroll);
 
     layout->addWidget(createLabel(u"Actions"_s));

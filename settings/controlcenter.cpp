@@ -4,7 +4,7 @@
 #include "settings/settingspanel.h"
 #include "widgets/badge.h"
 #include "widgets/namedwidgets.h"
-#include "widgets/slimscrollbar.h"
+#include "widgets/slimscrollarea.h"
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -13,7 +13,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QScrollArea>
 #include <QVBoxLayout>
 
 using namespace Qt::StringLiterals;
@@ -39,11 +38,9 @@ QHBoxLayout *createHeader()
 
 QWidget *LumetraWindow::buildControlCenterPage()
 {
-    auto *scroll = new QScrollArea;
+    auto *scroll = new SlimScrollArea;
     scroll->setObjectName("settingsScroll"_L1);
     scroll->setAccessibleName(u"Control Center"_s);
-    scroll->setWidgetResizable(true);
-    scroll->setFrameShape(QFrame::NoFrame);
 
     auto *page = new QWidget;
     page->setObjectName("page"_L1);
@@ -66,7 +63,6 @@ QWidget *LumetraWindow::buildControlCenterPage()
     layout->addWidget(buildSettingsActions());
     layout->addSpacing(8);
     scroll->setWidget(page);
-    useSlimScrollBars(*scroll);
 
     refreshSettingsSummary();
     return scroll;

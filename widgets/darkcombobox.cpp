@@ -4,6 +4,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QStyleOptionComboBox>
+#include <QStyleOptionFocusRect>
 #include <QStyledItemDelegate>
 #include <QWheelEvent>
 
@@ -45,6 +46,13 @@ void DarkComboBox::paintEvent(QPaintEvent *event)
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(QPen(QColor(u"#9aa7c7"_s), 1.5, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
     painter.drawPath(arrow);
+
+    if (hasFocus()) {
+        QStyleOptionFocusRect focus;
+        focus.initFrom(this);
+        focus.rect = rect().marginsRemoved({3, 3, 3, 3});
+        style()->drawPrimitive(QStyle::PE_FrameFocusRect, &focus, &painter, this);
+    }
 }
 
 void DarkComboBox::wheelEvent(QWheelEvent *event)

@@ -3,6 +3,7 @@
 
 #include <QComboBox>
 #include <QMenu>
+#include <QTableView>
 
 using namespace Qt::StringLiterals;
 
@@ -39,6 +40,28 @@ QStringList tabRound()
     return round;
 }
 
+/// What is seen of the widget now.
+QImage picture(QWidget *widget)
+{
+    return widget->grab().toImage();
+}
+
+int differingPixels(const QImage &one, const QImage &other)
+{
+    int count = 0;
+    for (int y = 0; y < one.height(); ++y) {
+        for (int x = 0; x < one.width(); ++x)
+            count += one.pixel(x, y) != other.pixel(x, y) ? 1 : 0;
+    }
+    return count;
+}
+
+/// An edit shows its cursor, everything else a frame.
+int leastVisible(const QWidget *widget)
+{
+    return qobject_cast<const QLineEdit *>(widget) ? 10 : 40;
+}
+
 } // namespace
 
 class KeyboardTest : public QObject
@@ -46,6 +69,7 @@ class KeyboardTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase() { QApplication::setCursorFlashTime(0); }
     void init()
     {
         fixture = std::make_unique<WindowFixture>();
@@ -119,6 +143,41 @@ private Q_SLOTS:
         QTEST(tabRound(), "round");
     }
 
+    void theFocusIsVisibleOnEveryControl_data()
+    {
+        QTest::addColumn<QString>("page");
+        for (const auto *page : {"Dashboard", "Rules Manager", "Settings"})
+            QTest::newRow(page) << QString::fromLatin1(page);
+    }
+    void theFocusIsVisibleOnEveryControl()
+    {
+        QFETCH(QString, page);
+        fixture->menuAction(page)->trigger();
+        fixture->button(u"-"_s)->setFocus(Qt::TabFocusReason);
+        pressTab();
+        QSet<const QWidget *> seen;
+        QStringList unseen;
+        while (!seen.contains(QApplication::focusWidget())) {
+            QWidget *widget = QApplication::focusWidget();
+            seen.insert(widget);
+            if (widget->window() != &fixture->window() || qobject_cast<QTableView *>(widget)) {
+                pressTab();
+                continue;
+            }
+            const QString name = focused();
+            const QImage with = picture(widget);
+            // Without a key in between: a page must not scroll.
+            widget->clearFocus();
+            const QImage without = picture(widget);
+            widget->setFocus(Qt::TabFocusReason);
+            if (differingPixels(with, without) < leastVisible(widget))
+                unseen.append(name);
+            pressTab();
+        }
+        QCOMPARE(unseen, QStringList());
+        QVERIFY(seen.size() > 5);
+    }
+
     void tabLeavesATableAtTheEndOfARow()
     {
         QTableWidget *table = fixture->appsTable();
@@ -155,6 +214,20 @@ private Q_SLOTS:
         QTest::keyClicks(editor, u"Low"_s);
         QTest::keyClick(editor, Qt::Key_Tab);
         QCOMPARE(table->item(1, 1)->text(), u"Low"_s);
+    }
+
+    void altLeadsToTheMenusAtTheTop()
+    {
+        pressTab();
+        QTest::keyPress(QApplication::focusWidget(), Qt::Key_Alt, Qt::AltModifier);
+        QTest::keyRelease(QApplication::focusWidget(), Qt::Key_Alt);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Right);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Down);
+        auto *menu = qobject_cast<QMenu *>(QApplication::activePopupWidget());
+        QVERIFY(menu);
+        QCOMPARE(menu->title(), u"Tools"_s);
+        QTest::keyClick(menu, Qt::Key_Return);
+        QCOMPARE(focused(), u"Search app..."_s);
     }
 
     void theMenuKeyOpensTheMenuOfTheRowThatHasTheFocus()
