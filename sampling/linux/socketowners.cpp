@@ -21,9 +21,14 @@ std::vector<std::uint32_t> SocketOwners::owners(Table table, std::span<const Soc
 {
     Memory &memory = m_memories.at(static_cast<std::size_t>(table));
     const bool firstOfRound = std::ranges::none_of(m_memories, &Memory::askedInRound);
-    if (firstOfRound || memory.askedInRound || Clock::now() - m_lastAnswer > longestRoundPause)
+    const bool second = !firstOfRound && !memory.askedInRound;
+    const bool late = second && Clock::now() - m_lastAnswer > longestRoundPause;
+    if (!second || late)
         beginRound();
     memory.askedInRound = true;
+    // The other table was asked for before: what comes next, however soon, is of the next round.
+    if (late)
+        std::ranges::for_each(m_memories, [](Memory &each) { each.askedInRound = true; });
     ++memory.turn;
 
     std::vector<std::uint32_t> owners = rememberedOwners(memory, sockets);

@@ -295,6 +295,17 @@ private Q_SLOTS:
         QCOMPARE(machine.askUdp({777}), Pids{10});
     }
 
+    void afterASecondTableThatCameLateTheNextOneBeginsARoundHoweverSoon()
+    {
+        Machine machine;
+        populate(machine, 3, 2);
+        machine.askTcp({1001, 555});
+        QTest::qSleep(20); // longer than a round takes, as on a machine that is busy
+        machine.askUdp({1101, 556});
+        machine.tree.setSocket(10, 9, 777);
+        QCOMPARE(machine.askTcp({1001, 777}), (Pids{10, 10}));
+    }
+
     void foreignSocketsCauseNoSearchWhereFilesAreRefused()
     {
         Machine machine;
