@@ -253,8 +253,7 @@ void SecondStartTest::theStartOfALauncherComesToItsEnd()
     QVERIFY(running.program.isActive());
     using namespace std::string_view_literals;
     constexpr auto removal = "remove: ID=\"a \\\"launcher\\\"_TIME0\"\0"sv;
-    QTRY_VERIFY2(messages.text().contains(QByteArrayView(removal)),
-                 messages.text().constData());
+    QTRY_VERIFY2(messages.text().contains(QByteArrayView(removal)), messages.text().constData());
 }
 
 TOVAN_GUILESS_TEST(secondstart_test, SecondStartTest)
