@@ -19,7 +19,8 @@ public:
     {
         const clang::SourceManager &sources = context.getSourceManager();
         std::vector<clang::Decl *> own;
-        for (clang::Decl *declaration : context.getTranslationUnitDecl()->decls()) {
+        // What is in a precompiled header stays there.
+        for (clang::Decl *declaration : context.getTranslationUnitDecl()->noload_decls()) {
             // What a macro of the system's makes in our file is ours.
             if (!sources.isInSystemHeader(sources.getExpansionLoc(declaration->getLocation())))
                 own.push_back(declaration);
