@@ -1,7 +1,9 @@
 #include "widgets/celllayout.h"
 
+#include <QFontMetricsF>
 #include <QStyle>
 #include <QStyleOptionViewItem>
+#include <QtMath>
 
 #include <algorithm>
 
@@ -52,9 +54,10 @@ QSize sizeOfCell(const QStyleOptionViewItem &cell, QSize checkBox)
     const QSize box = checkBoxOf(cell, checkBox);
     const QSize icon = iconOf(cell);
     int width = std::max(box.width(), 0) + std::max(icon.width(), 0);
+    // Letters take fractions of pixels; half a pixel less, and the text would be elided.
     if (!cell.text.isEmpty())
         width += (box.isEmpty() ? 0 : gapAfterCheckBox)
-            + cell.fontMetrics.horizontalAdvance(cell.text);
+            + qCeil(QFontMetricsF(cell.fontMetrics).horizontalAdvance(cell.text));
     const int height = std::max({cell.fontMetrics.height(), box.height(), icon.height()});
     return QSize(width, height)
         .grownBy({paddingAtSides, paddingAbove, paddingAtSides, paddingAbove});

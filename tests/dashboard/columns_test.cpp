@@ -80,6 +80,30 @@ private Q_SLOTS:
         QVERIFY(blank >= 5 && blank <= 8);
     }
 
+    void everyRateIsShownWhole()
+    {
+        WindowFixture fixture;
+        open(fixture);
+        QTableWidget *table = fixture.appsTable();
+        QHeaderView *header = table->horizontalHeader();
+        quint64 octets = 0;
+        for (int kibibytes = 100; kibibytes < 200; kibibytes += 3) {
+            octets += static_cast<quint64>(kibibytes) * 1024 + 700;
+            fixture.system().setCounters(0, octets);
+            fixture.tick();
+            QCoreApplication::processEvents();
+            const Ink shown = inkOf(pictureOfUploadRate(table), Qt::white);
+            header->setSectionResizeMode(2, QHeaderView::Interactive);
+            header->resizeSection(2, table->columnWidth(2) + 20);
+            const Ink whole = inkOf(pictureOfUploadRate(table), Qt::white);
+            header->setSectionResizeMode(2, QHeaderView::ResizeToContents);
+            // Letters take fractions of pixels.
+            const QString text = table->item(0, 2)->text();
+            QVERIFY2(qAbs((shown.last - shown.first) - (whole.last - whole.first)) <= 1,
+                     qPrintable(text));
+        }
+    }
+
     void theBlanksBeforeANameAreItsDistanceFromTheIcon()
     {
         WindowFixture fixture;
@@ -96,6 +120,12 @@ private Q_SLOTS:
     }
 
 private:
+    /// Of the whole machine's row.
+    static QImage pictureOfUploadRate(const QTableWidget *table)
+    {
+        return table->viewport()->grab(table->visualItemRect(table->item(0, 2))).toImage();
+    }
+
     static void open(WindowFixture &fixture)
     {
         fixture.open();
