@@ -125,24 +125,35 @@ void writeElements(const QList<NamedRule> &rules, int behind, const StoreWriter 
     }
 }
 
-/// Removes what is in the array and is none of so many rules.
+bool isElementKey(const QString &key)
+{
+    return std::ranges::find(elementKeys, key) != elementKeys.end();
+}
+
+/// Whether the store finds the key by its name: of one that has an empty part it takes the name for
+/// that without this part.
+bool isFoundByName(const QString &key)
+{
+    return !key.startsWith(u'/') && !key.endsWith(u'/') && !key.contains("//"_L1);
+}
+
+/// Removes what is in the array and is none of so many rules, as far as it can be removed.
 void removeLeftOver(const QStringList &keys, int rules, const StoreWriter &writer)
 {
     QString removed; // the last one, which the keys after it may belong to
     for (const QString &key : keys) {
         const qsizetype separator = key.indexOf(u'/');
         const QString group = key.left(separator);
-        if (group == removed || key == "size"_L1)
+        if (!isFoundByName(key) || group == removed || key == "size"_L1)
             continue;
         const int number = elementNumber(group);
-        if (number < 1 || number > rules) {
-            removed = group;
-            writer.remove(rulesKey + u'/' + group);
-        } else if (separator > 0
-                   && std::ranges::find(elementKeys, key.sliced(separator + 1))
-                       == elementKeys.end()) {
-            writer.remove(rulesKey + u'/' + key);
-        }
+        const bool isElement = number >= 1 && number <= rules;
+        if (isElement && (separator < 0 || isElementKey(key.sliced(separator + 1))))
+            continue;
+        // Where something is written, only what is beside it goes.
+        const bool isWritten = isElement || group == "size"_L1;
+        removed = isWritten ? QString() : group;
+        writer.remove(rulesKey + u'/' + (isWritten ? key : group));
     }
 }
 
