@@ -55,7 +55,8 @@ std::optional<QByteArray> harmlessReplacement(const QString &storeFile)
     QFile file(storeFile);
     if (!file.open(QIODevice::ReadOnly))
         return std::nullopt;
-    const QByteArray content = file.read(largestStore);
+    const QByteArray content
+        = file.size() > largestStore ? file.read(largestStore) : file.readAll();
     auto replacement = harmlessContent(content);
     if (!replacement && !file.atEnd())
         return content;
