@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# The Debian packages that ./run, ./test and bench/run need, one name a line, and how they are installed.
+# The Debian packages that ./run, ./test, and bench/ need, one name a line, and how they are installed.
 # Sourced, not run.
 
 # To build the program and to start it on a desktop.
@@ -33,6 +33,7 @@ virtual_screen_packages=(
 benchmark_packages=(
     libbenchmark-dev
     libxcb-damage0-dev
+    libxcb-res0-dev
 )
 
 # To measure the whole program on a desktop, beside those of other desktops.
@@ -43,6 +44,15 @@ program_bench_packages=(
     iproute2
     openbox
     xfce4-taskmanager
+    xvfb
+)
+
+# To let the window tick for a day's worth.
+# shellcheck disable=SC2034
+soak_packages=(
+    "${program_packages[@]}"
+    "${benchmark_packages[@]}"
+    iproute2
     xvfb
 )
 
