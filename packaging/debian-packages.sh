@@ -1,5 +1,5 @@
 # shellcheck shell=bash
-# The Debian packages that ./run, ./test, and bench/ need, one name a line, and how they are installed.
+# The Debian packages that ./run, ./test, bench/ and fuzz/ need, one name a line, and how they are installed.
 # Sourced, not run.
 
 # To build the program and to start it on a desktop.
@@ -54,6 +54,15 @@ soak_packages=(
     "${benchmark_packages[@]}"
     iproute2
     xvfb
+)
+
+# To build the harnesses of fuzz/ and to run them.
+# shellcheck disable=SC2034
+fuzz_packages=(
+    "${program_packages[@]}"
+    clang
+    libclang-rt-dev # the fuzzer and the sanitizers
+    llvm # names the functions in what they report
 )
 
 # To build and to run the tests, which use the virtual screen too.

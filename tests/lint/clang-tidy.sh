@@ -33,7 +33,7 @@ chmod +x "$lint/clang-tidy"
 
 # Standard error has a count of suppressed warnings for each file, and otherwise only failures.
 if ! run-clang-tidy -quiet -j "$(nproc)" -p "$lint" -clang-tidy-binary "$lint/clang-tidy" \
-    "^$PWD/(app|assets|bench|dashboard|rules|sampling|settings|shell|tests|widgets)/" \
+    "^$PWD/(app|assets|bench|dashboard|fuzz|rules|sampling|settings|shell|tests|widgets)/" \
     2>"$lint/errors.log"; then
     grep --invert-match --extended-regexp '^[0-9]+ warnings? generated' "$lint/errors.log"
     exit 1
