@@ -297,6 +297,14 @@ void CellTable::mousePressEvent(QMouseEvent *event)
     std::optional<QuietCurrentCell> quietly;
     if (event->button() == Qt::RightButton)
         quietly.emplace(*this);
+    // A press opens the editor of a cell that becomes the current one, or whose row is selected.
+    // The current cell of a row that a refresh left unselected is to open as any other.
+    const QModelIndex cell = indexAt(event->position().toPoint());
+    if (!quietly && cell.isValid() && cell == currentIndex()
+        && !selectionModel()->isSelected(cell)) {
+        const QuietCurrentCell untilPressed(*this);
+        selectionModel()->clearCurrentIndex();
+    }
     QTableWidget::mousePressEvent(event);
 }
 

@@ -13,6 +13,16 @@ private Q_SLOTS:
     void init() { prepare(); }
     void cleanup() { clear(); }
 
+    void aCellThatWasEditedBeforeATickOpensByOneClick()
+    {
+        retype(clickIntoCell(table, 1, Priority), u"Low"_s);
+        QTest::keyClick(openEditor(table), Qt::Key_Return);
+        QTRY_COMPARE(cell(u"app2"_s, Priority), u"Low"_s);
+        QTRY_VERIFY(!openEditor(table));
+        fixture->tick();
+        QVERIFY(clickIntoCell(table, 1, Priority));
+    }
+
     void aLimitTypedOneKeyPerTickIsWhatWasTyped()
     {
         QLineEdit *editor = clickIntoCell(table, 1, DlKbps);
