@@ -79,6 +79,7 @@ test_packages=(
     dbus-daemon
     desktop-file-utils
     devscripts # checks how the program is hardened
+    diffoscope-minimal # tells how two builds of the package differ
     g++-mingw-w64-x86-64 # builds the Windows backend, which Wine runs
     iproute2
     libclang-dev # with llvm-dev, for the plug-in that the sources are checked with

@@ -13,7 +13,8 @@ require_empty_roots()
 }
 
 # make_root FOLDER [RELEASE]: with what this machine's apt is told of where packages come from and how
-# they are fetched. The release of Debian is this machine's unless another one is named.
+# they are fetched, and with the lists of packages. The release of Debian is this machine's unless
+# another one is named. Nothing in it has to outlive a crash, so dpkg waits for no disk.
 make_root()
 {
     local here release sources=() configuration
@@ -30,6 +31,7 @@ make_root()
     apt-config dump --format '%F "%v";%n' | grep '^Acquire::' \
         | grep --invert-match '^Acquire::IndexTargets' >"$configuration/apt.conf" || true
     mmdebstrap --quiet --variant=minbase --format=directory --aptopt="$configuration/apt.conf" \
+        --dpkgopt=force-unsafe-io --skip=cleanup/apt/lists \
         "$release" "$1" "${sources[@]}"
     rm --recursive "$configuration"
 }
@@ -47,16 +49,29 @@ in_root()
             exec chroot "$@"' - "$@"
 }
 
+# copy_root FROM TO: never what is mounted in it.
+copy_root()
+{
+    cp --archive --one-file-system "$1" "$2"
+}
+
 # install_in ROOT PACKAGE...
 install_in()
 {
     # shellcheck disable=SC2016
-    in_root "$1" sh -euc 'apt-get -qq update
-        DEBIAN_FRONTEND=noninteractive apt-get -qq install --yes --no-install-recommends "$@" \
-            >/dev/null' - "${@:2}"
+    in_root "$1" sh -euc 'DEBIAN_FRONTEND=noninteractive apt-get -qq install --yes \
+        --no-install-recommends "$@" >/dev/null' - "${@:2}"
 }
 
-# remove_root FOLDER: never what is mounted in it.
+# build_dependencies_in ROOT FOLDER: of the Debian source package that is unpacked there.
+build_dependencies_in()
+{
+    # shellcheck disable=SC2016
+    in_root "$1" sh -euc 'DEBIAN_FRONTEND=noninteractive apt-get -qq build-dep --yes \
+        --no-install-recommends "$1" >/dev/null' - "$2"
+}
+
+# remove_root FOLDER: likewise.
 remove_root()
 {
     rm --recursive --force --one-file-system "$1"

@@ -2,4 +2,5 @@
 # Fails on what shellcheck finds in our scripts.
 set -euo pipefail
 mapfile -d '' scripts < <(find packaging tests -name '*.sh' -print0)
-shellcheck run test .ci/run .ci/empty-root bench/run bench/soak fuzz/run "${scripts[@]}"
+shellcheck run test .ci/run .ci/empty-root bench/run bench/hardening bench/soak debian/tests/start \
+    fuzz/run packaging/release "${scripts[@]}"

@@ -34,7 +34,7 @@ autostart=$root/share/doc/tovan-network-monitor/examples/tovan-network-monitor-a
 expect "the example of an autostart entry is valid" desktop-file-validate "$autostart"
 expect "nothing is started at login by itself" test ! -e "$root/etc/xdg/autostart"
 metainfo=$root/share/metainfo/org.tovan.networkmonitor.metainfo.xml
-expect "the metainfo is valid" appstreamcli validate --no-net --pedantic "$metainfo"
+expect "the metainfo is valid" appstreamcli validate --no-net --pedantic --strict "$metainfo"
 page=$root/share/man/man1/tovan-network-monitor.1
 expect "the manual page has no fault" test -z "$(mandoc -T lint -W style "$page" 2>&1)"
 expect "the manual page tells the version" \
@@ -50,4 +50,6 @@ marks_where_calls_may_go()
 }
 expect "calls through pointers go only where they may" marks_where_calls_may_go "$program"
 
+xargs rm <"$1/install_manifest.txt"
+expect "all of it can be taken away again" test -z "$(find "$root" ! -type d)"
 exit "$((failures > 0))"
