@@ -1,6 +1,7 @@
 #include "app/lumetrawindow.h"
 #include "settings/userstore.h"
 #include "shell/activation.h"
+#include "shell/basestyle.h"
 #include "shell/privilegedstart.h"
 #include "shell/runningprocess.h"
 
@@ -15,6 +16,7 @@ int main(int argc, char *argv[])
     if (!process)
         return 0;
 
+    chooseBaseStyle();
     const QApplication application(argc, argv);
     // The two names together select the settings store.
     QCoreApplication::setApplicationName(u"Tovan Network Monitor"_s);

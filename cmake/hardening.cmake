@@ -24,6 +24,8 @@ if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|i[3-6]86)$")
 endif()
 if(WIN32)
     target_link_options(tovan_options INTERFACE -Wl,--high-entropy-va,--dynamicbase,--nxcompat)
+    # What the checks call is in no library of Windows; this one needs no DLL of its own.
+    target_link_libraries(tovan_options INTERFACE -l:libssp.a)
     # clang has control-flow guard for MinGW too, GCC has not.
     set(CMAKE_REQUIRED_LINK_OPTIONS -mguard=cf)
     check_cxx_compiler_flag(-mguard=cf TOVAN_HAS_CONTROL_FLOW_GUARD)

@@ -9,11 +9,11 @@ namespace {
 
 // The system calls the handler on a thread of its own and gives it nothing but the event. Null
 // while nobody wants to know.
-std::atomic<HANDLE> request = nullptr;
+std::atomic<HANDLE> endRequest = nullptr;
 
 BOOL WINAPI askToEnd(DWORD event)
 {
-    if (!SetEvent(request))
+    if (!SetEvent(endRequest))
         return FALSE;
     // When the handler of these returns, the process is ended (SetConsoleCtrlHandler). It ends by
     // itself as soon as it has saved.
@@ -35,13 +35,13 @@ public:
                     ResetEvent(event);
                     callback();
                 });
-        request = event;
+        endRequest = event;
         SetConsoleCtrlHandler(askToEnd, TRUE);
     }
     ~EndRequests() override
     {
         SetConsoleCtrlHandler(askToEnd, FALSE);
-        request = nullptr;
+        endRequest = nullptr;
         m_notifier.setEnabled(false);
         CloseHandle(m_notifier.handle());
     }
