@@ -1,3 +1,4 @@
+#include "tests/support/teststore.h"
 #include "tests/support/windowfixture.h"
 
 #include "shell/minispeedwidget.h"
@@ -164,19 +165,19 @@ private Q_SLOTS:
         WindowFixture fixture;
         WindowFixture::store(u"closeToTray"_s, false);
         fixture.open();
-        QFile::remove(WindowFixture::storePath());
+        removeStore();
         QVERIFY(fixture.window().close());
-        QVERIFY(QFile::exists(WindowFixture::storePath()));
+        QVERIFY(storeExists());
     }
 
     void exitClosesWhateverTheTraySettingSays()
     {
         WindowFixture fixture;
         fixture.open();
-        QFile::remove(WindowFixture::storePath());
+        removeStore();
         fixture.menuAction(u"Exit"_s)->trigger();
         QVERIFY(fixture.window().isHidden());
-        QVERIFY(QFile::exists(WindowFixture::storePath()));
+        QVERIFY(storeExists());
     }
 
     void anUnreadableBaselineMakesTheFirstTickTheWholeCounters()

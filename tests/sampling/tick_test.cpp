@@ -1,3 +1,4 @@
+#include "tests/support/teststore.h"
 #include "tests/support/windowfixture.h"
 
 #include "shell/minispeedwidget.h"
@@ -58,14 +59,14 @@ private Q_SLOTS:
         fixture.open();
         fixture.tick();
         WindowFixture::click(fixture.button(u"Pause"_s));
-        QFile::remove(WindowFixture::storePath());
+        removeStore();
         fixture.system().setCounters(5000, 0);
         fixture.system().addProcess(20, u"alpha"_s, 1);
         fixture.tick();
         QCOMPARE(fixture.labelStarting(u"DL "_s)->text(), u"DL 0 B/s    UL 0 B/s"_s);
         QCOMPARE(fixture.appsTable()->rowCount(), 1);
         QVERIFY(fixture.system().imagePathQuestions.isEmpty());
-        QVERIFY(!QFile::exists(WindowFixture::storePath()));
+        QVERIFY(!storeExists());
     }
 
     void theFirstTickAfterAPauseCoversItAll()

@@ -1,3 +1,4 @@
+#include "tests/support/teststore.h"
 #include "tests/support/windowfixture.h"
 
 #include <QCheckBox>
@@ -156,23 +157,24 @@ void ApplyProfileTest::theUserIsToldByStatusAndToast()
 
 void ApplyProfileTest::theProfileShownAlreadyIsNotAppliedAgain()
 {
-    QFile::remove(WindowFixture::storePath());
+    removeStore();
     QTest::keyClick(dashboardBox(), Qt::Key_B);
     QTest::keyClick(controlCenterBox(), Qt::Key_B);
     QCOMPARE(m_fixture->toast(), QString());
-    QVERIFY(!QFile::exists(WindowFixture::storePath()));
+    QVERIFY(!storeExists());
 }
 
 void ApplyProfileTest::theTrayAppliesTheSameProfileAgain()
 {
     applyFromTray(u"Work"_s);
     m_fixture->find<QFrame>("toast")->hide();
-    QVERIFY(QFile::remove(WindowFixture::storePath()));
+    QVERIFY(storeExists());
+    removeStore();
     m_fixture->setting<QLineEdit>(u"Max apps"_s)->setText(u"edited"_s);
 
     applyFromTray(u"Work"_s);
     QCOMPARE(m_fixture->toast(), u"Profile applied: Work"_s);
-    QVERIFY(QFile::exists(WindowFixture::storePath()));
+    QVERIFY(storeExists());
     QCOMPARE(shown(u"Max apps"_s), u"120"_s);
 }
 

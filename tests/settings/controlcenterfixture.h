@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tests/support/teststore.h"
 #include "tests/support/windowfixture.h"
 
 #include <memory>
@@ -24,8 +25,8 @@ protected:
     void check(const QString &label, bool checked);
     void apply() { WindowFixture::click(m_fixture->button(QStringLiteral("Apply changes"))); }
     /// Whether anything was saved since forgetSaves().
-    static bool wasSaved() { return QFile::exists(WindowFixture::storePath()); }
-    static void forgetSaves() { QFile::remove(WindowFixture::storePath()); }
+    static bool wasSaved() { return storeExists(); }
+    static void forgetSaves() { removeStore(); }
 
     std::unique_ptr<WindowFixture> m_fixture;
 };

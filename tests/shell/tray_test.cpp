@@ -1,3 +1,4 @@
+#include "tests/support/teststore.h"
 #include "tests/support/windowfixture.h"
 
 #include "shell/minispeedwidget.h"
@@ -148,9 +149,9 @@ private Q_SLOTS:
         WindowFixture fixture;
         fixture.open();
         fixture.window().close();
-        QFile::remove(WindowFixture::storePath());
+        removeStore();
         entry(trayMenu(fixture), u"Exit"_s)->trigger();
-        QVERIFY(QFile::exists(WindowFixture::storePath()));
+        QVERIFY(storeExists());
     }
 };
 

@@ -2,13 +2,13 @@
 
 #include "shell/minispeedwidget.h"
 #include "tests/support/paintedcheckbox.h"
+#include "tests/support/teststore.h"
 
 #include <QCheckBox>
 #include <QGridLayout>
 #include <QMenuBar>
 #include <QScrollArea>
 #include <QSettings>
-#include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
 
@@ -62,10 +62,7 @@ MiniSpeedWidget *miniMonitor()
 
 void prepareTestProcess()
 {
-    static const QTemporaryDir directory;
-    if (!directory.isValid())
-        qFatal("no directory for the settings of the test");
-    qputenv("XDG_CONFIG_HOME", directory.path().toUtf8());
+    useStoreOfItsOwn();
     QCoreApplication::setApplicationName(u"Tovan Network Monitor"_s);
     QCoreApplication::setOrganizationName(u"Tovan"_s);
 }

@@ -87,7 +87,7 @@ public:
     /// Text of the toast that is shown; empty when none is.
     QString toast();
 
-    /// Path of the settings store's file.
+    /// Path of the settings store's file, where it is one.
     static QString storePath();
     /// Writes one value to the store before the window reads it.
     static void store(const QString &key, const QVariant &value);
@@ -106,7 +106,7 @@ QTimer *sampleTimer(const LumetraWindow &window);
 /// The window's mini monitor, shown or not; fails the test when there is none.
 MiniSpeedWidget *miniMonitor();
 
-/// Prepares the test process: names as the program's, a settings directory of its own.
+/// Prepares the test process: names as the program's, a settings store of its own.
 void prepareTestProcess();
 
 /// Runs the class on the window: prepares the process before anything reads the settings.
