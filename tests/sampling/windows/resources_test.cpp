@@ -116,10 +116,15 @@ TEST(Manifest, declaresAwarenessOfEachMonitorsDpi)
     EXPECT_EQ(setting(L"2005", L"dpiAware"), L"true/pm");
 }
 
-TEST(Manifest, declaresLongPathsAndUtf8)
+TEST(Manifest, declaresUtf8)
 {
-    EXPECT_EQ(setting(L"2016", L"longPathAware"), L"true");
     EXPECT_EQ(setting(L"2019", L"activeCodePage"), L"UTF-8");
+}
+
+// The path of a process is not told beyond MAX_PATH characters (sampling/windows/).
+TEST(Manifest, claimsNoLongPaths)
+{
+    EXPECT_EQ(setting(L"2016", L"longPathAware"), std::nullopt);
 }
 
 TEST(Manifest, carriesTheVersionOfTheBuild)
