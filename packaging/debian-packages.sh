@@ -99,6 +99,31 @@ test_packages=(
     x11-xserver-utils # xrandr, which parts a virtual screen into monitors
 )
 
+# To build a Qt for Windows.
+# shellcheck disable=SC2034
+windows_qt_packages=(
+    cmake
+    dpkg-dev # unpacks Debian's sources
+    g++-mingw-w64-x86-64
+    ninja-build
+    patch
+    perl # makes the toolkit's headers
+    qt6-base-dev # the tools that run here
+    xz-utils
+)
+
+# To build the program for Windows, to try it and to pack it.
+# shellcheck disable=SC2034
+windows_packages=(
+    "${windows_qt_packages[@]}"
+    fonts-dejavu-core
+    libgtest-dev
+    nsis # makes the installer
+    wine
+    wine64
+    zip
+)
+
 # Installs those of the named packages that are missing, as root or through sudo.
 install_missing_packages()
 {
