@@ -109,7 +109,9 @@ void SettingsStoreTest::keysAndValuesOnDisk()
         u"2\\ulLimit=true"_s,
         u"size=2"_s,
     };
-    QCOMPARE(QString::fromUtf8(fileContent()).split(u'\n', Qt::SkipEmptyParts), expected);
+    // Lines end as on this system.
+    QCOMPARE(QString::fromUtf8(fileContent()).remove(u'\r').split(u'\n', Qt::SkipEmptyParts),
+             expected);
 }
 
 void SettingsStoreTest::aSaveIsTheSameWhenItIsRepeated()

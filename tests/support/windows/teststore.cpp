@@ -1,5 +1,7 @@
 #include "tests/support/teststore.h"
 
+#include "tests/support/windows/testkey.h"
+
 #include <QSettings>
 
 #include <string>
@@ -38,11 +40,16 @@ public:
     OwnUserKey &operator=(const OwnUserKey &) = delete;
 
 private:
-    std::wstring m_path = allTests + (L'\\' + std::to_wstring(GetCurrentProcessId()));
+    std::wstring m_path = testKey().toStdWString();
     HKEY m_key = nullptr;
 };
 
 } // namespace
+
+QString testKey()
+{
+    return QString::fromWCharArray(allTests) + u'\\' + QString::number(GetCurrentProcessId());
+}
 
 void useStoreOfItsOwn()
 {
