@@ -121,6 +121,7 @@ windows_packages=(
     nsis # makes the installer
     wine
     wine64
+    xvfb
     zip
 )
 
