@@ -15,9 +15,9 @@ fail()
 mapfile -t paths < <(printf '%s\n' "$project" "${TOVAN_WINDOWS_QT:-/nowhere}" "$HOME" \
     /home/ /root/ /tmp/ /usr/ /build/ | sort --unique)
 while IFS= read -rd '' file; do
+    texts=$(strings --all "$file"; strings --all --encoding=l "$file")
     for path in "${paths[@]}"; do
-        if { strings --all "$file"; strings --all --encoding=l "$file"; } \
-            | grep --quiet --fixed-strings "$path"; then
+        if grep --quiet --fixed-strings "$path" <<<"$texts"; then
             fail "$file names $path"
         fi
     done
