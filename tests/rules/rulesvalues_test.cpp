@@ -60,8 +60,6 @@ private Q_SLOTS:
         retype(clickIntoCell(table, 1, Priority), u"  <b>urgent</b> %1 "_s);
         QTest::keyClick(openEditor(table), Qt::Key_Return);
         QTRY_COMPARE(cell(u"app2"_s, Priority), u"<b>urgent</b> %1"_s);
-        // The toolkit opens a cell at once that was not the current one.
-        clickIntoCell(table, 2, Priority);
         retype(clickIntoCell(table, 1, Priority), u"   "_s);
         QTest::keyClick(openEditor(table), Qt::Key_Return);
         QTRY_COMPARE(cell(u"app2"_s, Priority), u"Normal"_s);
