@@ -31,6 +31,8 @@ private Q_SLOTS:
     void elementsAreNumberedWithoutGaps();
     void aShrunkMapLeavesNoElementBehind();
     void anEmptiedMapLeavesNoElementBehind();
+    void keysOfNobodyTakeNoRuleAway_data();
+    void keysOfNobodyTakeNoRuleAway();
     void anyNameSavedIsTheNameLoaded_data();
     void anyNameSavedIsTheNameLoaded();
     void aLongerNameIsCutOnLoad_data();
@@ -198,6 +200,31 @@ void StoredRulesTest::anEmptiedMapLeavesNoElementBehind()
     save(state);
     QVERIFY(!fileContent().contains("app="));
     QCOMPARE(load().rules, RuleMap());
+}
+
+void StoredRulesTest::keysOfNobodyTakeNoRuleAway_data()
+{
+    QTest::addColumn<QByteArray>("keys");
+    QTest::newRow("below the size") << QByteArray("size\\x=1\n");
+    QTest::newRow("below a name") << QByteArray("1\\app\\x=1\n");
+    QTest::newRow("a group without a name") << QByteArray("\\x=1\n");
+    QTest::newRow("the same behind another group") << QByteArray("-1\\a=1\n\\x=1\n");
+    QTest::newRow("the size in a group without a name") << QByteArray("\\size=9\n");
+    QTest::newRow("a name in a group without a name") << QByteArray("1\\\\app=x\n");
+    QTest::newRow("an element in a group without a name") << QByteArray("\\1\\app=x\n");
+    QTest::newRow("an element that is a value") << QByteArray("1=x\n");
+}
+
+void StoredRulesTest::keysOfNobodyTakeNoRuleAway()
+{
+    QFETCH(QByteArray, keys);
+    writeFile("[rules]\nsize=2\n1\\app=a\n1\\blocked=true\n2\\app=b\n2\\dlLimit=true\n" + keys);
+    const StoredState state = load();
+    QCOMPARE(state.rules.keys(), (QStringList{u"a"_s, u"b"_s}));
+    for (int round = 0; round < 2; ++round) {
+        save(state);
+        QCOMPARE(load(), state);
+    }
 }
 
 void StoredRulesTest::anyNameSavedIsTheNameLoaded_data()
