@@ -40,20 +40,25 @@ private:
     pid_t m_pid;
 };
 
-/// The address that the process listens at which has become the running one.
+/// The name that this process has bound. Whoever else runs has names of the same kind.
 QByteArray boundName()
 {
-    QFile table(u"/proc/net/unix"_s);
-    if (!table.open(QIODevice::ReadOnly))
-        qFatal("/proc/net/unix cannot be read");
-    const QByteArray mine = "@tovan-network-monitor-" + QByteArray::number(::geteuid()) + '-';
     QByteArrayList names;
-    const QByteArrayList lines = table.readAll().split('\n');
-    for (const QByteArray &line : lines) {
-        if (line.contains(mine))
-            names.append(line.mid(line.indexOf('@') + 1));
+    const QStringList descriptors = QDir(u"/proc/self/fd"_s).entryList(QDir::System);
+    for (const QString &descriptor : descriptors) {
+        sockaddr_un address{};
+        socklen_t size = sizeof address;
+        if (::getsockname(descriptor.toInt(), reinterpret_cast<sockaddr *>(&address), &size) != 0
+            || address.sun_family != AF_UNIX)
+            continue;
+        const QByteArray path(address.sun_path,
+                              static_cast<qsizetype>(size - offsetof(sockaddr_un, sun_path)));
+        if (path.startsWith("\0tovan-network-monitor-"_ba))
+            names.append(path.mid(1));
     }
-    return names.value(names.size() - 1);
+    if (names.size() != 1)
+        qFatal("%d names are bound", int(names.size()));
+    return names.first();
 }
 
 struct NamedSocket
@@ -194,13 +199,14 @@ void RunningProcessTest::anotherUsersProcessIsNotAsked()
             return ::recv(guest.get(), &request, 1, 0) == 0;
         },
         true);
+    // So that the end of a child which could not bind is seen.
+    ::close(ready[1]);
     char byte = 0;
     QCOMPARE(::read(ready[0], &byte, 1), ssize_t(1));
     process = becomeRunningProcess(store, "secret");
     QVERIFY(process);
     QVERIFY(squatter.saysYes());
     ::close(ready[0]);
-    ::close(ready[1]);
 }
 
 void RunningProcessTest::anotherUsersRequestIsNotAnswered()
