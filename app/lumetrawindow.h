@@ -5,6 +5,7 @@
 #include "sampling/appsample.h"
 #include "sampling/traffic.h"
 #include "settings/appsettings.h"
+#include "settings/settingsstore.h"
 #include "settings/usage.h"
 #include "shell/desktopmessage.h"
 #include "shell/windowdrag.h"
@@ -97,11 +98,13 @@ private:
 
     // settings/ -------------------------------------------------------------------------------
     void loadSettings();
-    /// Writes preferences, usage and rules to the store. While that is not possible it is tried
-    /// again, less often each time, and only then.
+    /// Writes preferences, usage and rules to the store, unless it holds them. While that is not
+    /// possible it is tried again, less often each time, and only then.
     void saveSettings();
-    /// The same now, waiting up to two seconds for a store that is in use.
+    /// Writes them now in any case, waiting up to two seconds for a store that is in use.
     void saveBeforeTheEnd();
+    /// Whether nothing has changed since the last save, and nobody has touched the store.
+    bool isSaved() const;
     void trySaving(std::chrono::milliseconds patience);
     /// Raises the usage alert that is due now, if any.
     void checkUsageAlerts();
@@ -129,6 +132,8 @@ private:
     AppSettings settings;
     UsageCounters usage;
     QTimer *saveRetryTimer = nullptr; ///< runs after a save that was not possible
+    StoredState savedState; ///< of the last save
+    QByteArray savedMark; ///< the store's after the last save; empty when it may not be written
     QComboBox *settingsProfileCombo = nullptr;
     QLineEdit *allowanceEdit = nullptr;
     QLineEdit *renewalDayEdit = nullptr;

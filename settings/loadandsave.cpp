@@ -23,7 +23,7 @@ void LumetraWindow::loadSettings()
 
 void LumetraWindow::saveSettings()
 {
-    if (!saveRetryTimer->isActive())
+    if (!saveRetryTimer->isActive() && !isSaved())
         trySaving(0ms);
 }
 
@@ -32,11 +32,22 @@ void LumetraWindow::saveBeforeTheEnd()
     trySaving(2s);
 }
 
+// While nothing is counted, the disk may sleep.
+bool LumetraWindow::isSaved() const
+{
+    return !savedMark.isEmpty() && savedState == StoredState{settings, usage, rules}
+    && storeMark() == savedMark;
+}
+
 void LumetraWindow::trySaving(std::chrono::milliseconds patience)
 {
-    const StoredState state{settings, usage, rules};
-    if (const auto store = openStoreToSave(largestStoreSize(state), patience)) {
-        writeStore(*store, state);
+    savedState = {settings, usage, rules};
+    savedMark.clear();
+    if (const auto store = openStoreToSave(largestStoreSize(savedState), patience)) {
+        writeStore(*store, savedState);
+        store->sync();
+        if (store->status() == QSettings::NoError)
+            savedMark = storeMark();
         saveRetryTimer->stop();
         saveRetryTimer->setInterval(0);
     } else {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QtGlobal>
+#include <QByteArray>
 
 #include <chrono>
 #include <memory>
@@ -19,3 +19,7 @@ std::unique_ptr<QSettings> openStore();
 /// `patience` for a store that another process is writing. Null when that is not possible now: what
 /// is stored then stays as it is.
 std::unique_ptr<QSettings> openStoreToSave(qint64 bytes, std::chrono::milliseconds patience);
+
+/// Differs from what it was when the store was touched in between, by this process or another one.
+/// Empty when that cannot be told.
+QByteArray storeMark();

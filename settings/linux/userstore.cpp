@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <sys/mman.h>
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -90,4 +91,20 @@ std::unique_ptr<QSettings> openStoreToSave(qint64 bytes, std::chrono::millisecon
     if (replacement && !replaceStore(store, *replacement))
         return nullptr;
     return openFile(store);
+}
+
+// A save replaces the file, and whoever writes into it changes its times (inode(7)).
+QByteArray storeMark()
+{
+    struct stat file
+    {
+    };
+    if (::stat(QFile::encodeName(storeFiles().first()).constData(), &file) != 0)
+        return {};
+    QByteArray mark;
+    for (const auto number : {qint64(file.st_dev), qint64(file.st_ino), qint64(file.st_size),
+                              qint64(file.st_mtim.tv_sec), qint64(file.st_mtim.tv_nsec),
+                              qint64(file.st_ctim.tv_sec), qint64(file.st_ctim.tv_nsec)})
+        mark += QByteArray::number(number) + ' ';
+    return mark;
 }

@@ -53,8 +53,7 @@ bool StoreWatch::waitFor(Event event, QDeadlineTimer deadline)
                 return true;
         }
         pollfd waiting{m_fd, POLLIN, 0};
-        const qint64 left = deadline.remainingTime();
-        if (left == 0 || poll(&waiting, 1, static_cast<int>(left)) <= 0)
+        if (poll(&waiting, 1, static_cast<int>(deadline.remainingTime())) <= 0)
             return false;
         QByteArray events(bufferSize, Qt::Uninitialized);
         const ssize_t size = read(m_fd, events.data(), bufferSize);

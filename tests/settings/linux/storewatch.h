@@ -19,7 +19,7 @@ public:
     StoreWatch(const StoreWatch &) = delete;
     StoreWatch &operator=(const StoreWatch &) = delete;
 
-    /// Waits for the next event of this kind; false when none came in time.
+    /// Waits for the next event of this kind; false when none has come by then.
     bool waitFor(Event event, QDeadlineTimer deadline);
     /// Forgets what happened up to now.
     void drain();
