@@ -19,6 +19,7 @@
 #include <optional>
 #include <set>
 
+class Announcer;
 class ApplicationIcons;
 class CellTable;
 class MiniSpeedWidget;
@@ -82,6 +83,7 @@ private:
     QTimer *sampleTimer = nullptr;
     QFrame *toastFrame = nullptr;
     QLabel *toastLabel = nullptr;
+    Announcer *announcer = nullptr; ///< says what toasts and the status line tell
 
     // sampling/ -------------------------------------------------------------------------------
     /// Samples the system once, advances all counters and refreshes every view.

@@ -1,6 +1,6 @@
 #include "app/lumetrawindow.h"
 
-#include "widgets/announcement.h"
+#include "widgets/announcer.h"
 
 #include <QFrame>
 #include <QLabel>
@@ -17,7 +17,6 @@ void LumetraWindow::showToast(const QString &text)
         return;
 
     toastLabel->setText(text);
-    toastFrame->setAccessibleName(text);
     toastFrame->adjustSize();
     const QSize hint = toastFrame->sizeHint();
     const int width = std::clamp(hint.width(), 230, 360);
@@ -25,7 +24,7 @@ void LumetraWindow::showToast(const QString &text)
     toastFrame->move(std::max(12, centralWidget()->width() - width - 24), 46);
     toastFrame->show();
     toastFrame->raise();
-    announce(*toastFrame);
+    announcer->say(text);
 
     // Every toast brings its own end; a later one is hidden by the earlier one's.
     QTimer::singleShot(2800ms, this, [this] {
@@ -43,6 +42,6 @@ void LumetraWindow::setStatus(const QString &text)
 void LumetraWindow::announceStatus(const QString &text)
 {
     setStatus(text);
-    if (statusLabel)
-        announce(*statusLabel);
+    if (announcer)
+        announcer->say(text);
 }

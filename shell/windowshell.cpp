@@ -3,7 +3,7 @@
 #include "assets/imagelabel.h"
 #include "shell/minispeedwidget.h"
 #include "shell/theme.h"
-#include "widgets/announcement.h"
+#include "widgets/announcer.h"
 #include "widgets/elidedlabel.h"
 
 #include <QApplication>
@@ -65,12 +65,12 @@ void LumetraWindow::buildShell()
     toastFrame = new QFrame(root);
     toastFrame->setObjectName("toast"_L1);
     toastFrame->hide();
-    makeNotification(*toastFrame);
     auto *toastLayout = new QHBoxLayout(toastFrame);
     toastLayout->setContentsMargins(14, 9, 14, 9);
     toastLabel = new ElidedLabel;
     toastLabel->setObjectName("toastText"_L1);
     toastLayout->addWidget(toastLabel);
+    announcer = new Announcer(root);
 
     connect(dashboardNavButton, &QPushButton::clicked, this, [this] { showDashboardPage(); });
     connect(rulesNavButton, &QPushButton::clicked, this, [this] { showRulesPage(); });
