@@ -2,6 +2,7 @@
 
 #include "app/formatting.h"
 #include "assets/imagelabel.h"
+#include "shell/tasklists.h"
 #include "shell/theme.h"
 #include "shell/windowdrag.h"
 
@@ -79,6 +80,8 @@ bool MiniSpeedWidget::event(QEvent *event)
         clearMask();
         setMask(frameShape(size()));
     }
+    if (event->type() == QEvent::Show && !event->spontaneous())
+        leaveOutOfTaskLists(*this);
     return QWidget::event(event);
 }
 
