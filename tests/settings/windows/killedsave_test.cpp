@@ -41,20 +41,27 @@ private Q_SLOTS:
         const StoredState kept = keptState();
         const RuleMap passing = passingRules();
         QRandomGenerator random(20260201);
+        int timeOfSave = 0;
         int cut = 0;
         for (int kill = 0; kill < kills; ++kill) {
             QProcess process;
             process.start(QCoreApplication::applicationDirPath() + u"/tovan_endless_save"_s,
                           {sharedKey()});
-            // The first save of all has nothing to keep.
-            const qsizetype begun = kill == 0 ? 2 : 1;
+            // The first save of all has nothing to keep, and the second one takes as long as any.
+            const qsizetype begun = kill == 0 ? 3 : 1;
             QByteArray saves;
+            QElapsedTimer sinceTheLast;
             while (saves.size() < begun) {
+                sinceTheLast.start();
                 QVERIFY(process.waitForReadyRead(60000));
                 saves += process.readAllStandardOutput();
             }
-            // Somewhere in this save or in one after it.
-            process.waitForReadyRead(random.bounded(200));
+            if (kill == 0)
+                timeOfSave = static_cast<int>(sinceTheLast.elapsed());
+            // Somewhere in this save.
+            const QDeadlineTimer end(random.bounded(timeOfSave + 1));
+            while (!end.hasExpired())
+                process.waitForReadyRead(static_cast<int>(end.remainingTime()));
             process.kill();
             QVERIFY(process.waitForFinished());
 
