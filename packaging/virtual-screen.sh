@@ -33,17 +33,21 @@ await()
     fi
 }
 
-# The window appears, then the program saves its settings at the end of each tick. A program that
-# was left paused makes no tick.
 window_shown()
 {
     exec timeout 60 xdotool search --sync --onlyvisible --pid "$program_id" >"$scratch/window"
 }
+# A tick ends with a save of the settings when they, or their file, were touched since the last one. A
+# program that was left paused makes no tick.
 three_ticks()
 {
-    for _ in 1 2 3; do
-        inotifywait --quiet --timeout 20 --event moved_to --event close_write \
-            --include '\.conf$' "$settings_folder" >"$scratch/tick" || return 0
+    local seen=0
+    for _ in {1..15}; do
+        touch --no-create "$settings_folder/Tovan Network Monitor.conf"
+        if inotifywait --quiet --timeout 2 --event moved_to --event close_write \
+            --include '\.conf$' "$settings_folder" >"$scratch/tick" && ((++seen == 3)); then
+            return 0
+        fi
     done
 }
 
