@@ -3,6 +3,8 @@
 # Starts the program on a virtual screen, saves a screenshot after its third tick and lets it go
 # on until it ends or this is interrupted.
 set -euo pipefail
+# shellcheck source=packaging/await-save.sh
+source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/await-save.sh"
 program=$1
 screenshot=$2
 
@@ -37,17 +39,11 @@ window_shown()
 {
     exec timeout 60 xdotool search --sync --onlyvisible --pid "$program_id" >"$scratch/window"
 }
-# A tick ends with a save of the settings when they, or their file, were touched since the last one. A
-# program that was left paused makes no tick.
+# A program that was left paused makes no tick.
 three_ticks()
 {
-    local seen=0
-    for _ in {1..15}; do
-        touch --no-create "$settings_folder/Tovan Network Monitor.conf"
-        if inotifywait --quiet --timeout 2 --event moved_to --event close_write \
-            --include '\.conf$' "$settings_folder" >"$scratch/tick" && ((++seen == 3)); then
-            return 0
-        fi
+    for _ in 1 2 3; do
+        await_save "$settings_folder/Tovan Network Monitor.conf" 20 >"$scratch/tick" || return 0
     done
 }
 
