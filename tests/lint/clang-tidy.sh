@@ -8,22 +8,21 @@ mkdir --parents "$lint"
 # How each file is compiled by itself: the build joins many of the program's to one. What the build
 # generated is used from there.
 cmake --preset check -B "$lint/apart" -DCMAKE_UNITY_BUILD=OFF >"$lint/configure.log"
-sed "s#$lint/apart#$1#g" "$lint/apart/compile_commands.json" >"$lint/commands.json"
+# With C++20's modules on, which nothing here uses, clang-tidy reads all headers a second time.
+sed --regexp-extended -e "s#$lint/apart#$1#g" \
+    -e 's#^( *"command": "[^ ]+)#\1 -Xclang -fno-cxx-modules#' \
+    "$lint/apart/compile_commands.json" >"$lint/commands.json"
 
 # The toolkit's headers and templates take most of the time, so all that uses widgets has them
 # precompiled: clang finds its own file beside a header. Whether each source includes what it uses, the
-# build with clang tells. With C++20's modules on, which nothing here uses, clang-tidy reads all headers
-# a second time.
+# build with clang tells.
 headers=$lint/headers.h
-no_modules='-Xclang -fno-cxx-modules'
 echo '#include <QtWidgets>' >"$headers"
 read -ra compile < <(sed --quiet --regexp-extended \
-    "s#^ *\"command\": \"[^ ]+ (.*) -Winvalid-pch -x c\+\+-header .*#$no_modules \1#p" \
-    "$lint/commands.json")
+    's#^ *"command": "[^ ]+ (.*) -Winvalid-pch -x c\+\+-header .*#\1#p' "$lint/commands.json")
 clang++ "${compile[@]}" -Wno-unknown-warning-option -fpch-instantiate-templates \
     -x c++-header "$headers" -o "$headers.pch"
 sed --regexp-extended -e 's# -Winvalid-pch -include [^ ]*/cmake_pch\.hxx##' \
-    -e "s#^( *\"command\": \"[^ ]+)#\1 $no_modules#" \
     -e "s#^( *\"command\": .* -DQT_WIDGETS_LIB .*)( -o )#\1 -include $headers\2#" \
     "$lint/commands.json" >"$lint/compile_commands.json"
 
