@@ -1,24 +1,7 @@
+#include "tests/settings/linux/storefiles.h"
 #include "tests/settings/linux/storewatch.h"
-#include "tests/support/windowfixture.h"
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-QByteArray storeContent()
-{
-    QFile file(WindowFixture::storePath());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void overwriteStore(const QByteArray &content)
-{
-    QFile file(WindowFixture::storePath());
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
-}
-
-} // namespace
 
 /// The real window while there is nothing new to store.
 class IdleStoreTest : public QObject
@@ -94,7 +77,7 @@ void IdleStoreTest::aStoreThatSomebodyChangedIsWrittenAgain()
     changed.replace("todayBytes=100\n", "todayBytes=" + octets + '\n');
     // The system's clock for files may stand for one of its ticks.
     QTest::qWait(20);
-    overwriteStore(changed);
+    writeFile(WindowFixture::storePath(), changed);
     m_fixture->tick();
     QCOMPARE(storeContent(), before);
 }

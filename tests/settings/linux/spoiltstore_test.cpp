@@ -1,4 +1,4 @@
-#include "tests/support/windowfixture.h"
+#include "tests/settings/linux/storefiles.h"
 
 #include <QLockFile>
 #include <QTemporaryDir>
@@ -8,20 +8,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr qsizetype megabytes = 1024 * 1024;
-
-QByteArray storeContent()
-{
-    QFile file(WindowFixture::storePath());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void writeFile(const QString &path, const QByteArray &content)
-{
-    QVERIFY(QFileInfo(path).dir().mkpath(u"."_s));
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    QCOMPARE(file.write(content), content.size());
-}
 
 /// A list that holds a list that holds a list, too many for the stack of whoever decodes them.
 QByteArray nestedObjects()

@@ -1,17 +1,11 @@
+#include "tests/settings/linux/storefiles.h"
 #include "tests/support/filesizelimit.h"
-#include "tests/support/windowfixture.h"
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 constexpr qulonglong gigabyte = 1024ULL * 1024 * 1024;
-
-QByteArray storeContent()
-{
-    QFile file(WindowFixture::storePath());
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 } // namespace
 
@@ -64,11 +58,7 @@ void StoreFileTest::anyStoreLetsTheWindowStartAndSave_data()
 void StoreFileTest::anyStoreLetsTheWindowStartAndSave()
 {
     QFETCH(QByteArray, content);
-    QVERIFY(QFileInfo(WindowFixture::storePath()).dir().mkpath(u"."_s));
-    QFile file(WindowFixture::storePath());
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(content);
-    file.close();
+    writeFile(WindowFixture::storePath(), content);
 
     m_fixture->open();
     m_fixture->tick();
