@@ -8,10 +8,21 @@ mkdir --parents "$lint"
 # How each file is compiled by itself: the build joins many of the program's to one. What the build
 # generated is used from there.
 cmake --preset check -B "$lint/apart" -DCMAKE_UNITY_BUILD=OFF >"$lint/configure.log"
-# With C++20's modules on, which nothing here uses, clang-tidy reads all headers a second time.
+# With C++20's modules on, which nothing here uses, clang-tidy reads all headers a second time. A file
+# that several targets share is checked once.
 sed --regexp-extended -e "s#$lint/apart#$1#g" \
     -e 's#^( *"command": "[^ ]+)#\1 -Xclang -fno-cxx-modules#' \
-    "$lint/apart/compile_commands.json" >"$lint/commands.json"
+    "$lint/apart/compile_commands.json" \
+    | awk '
+        $1 == "{" { entry = "" }
+        { entry = entry "\n" $0 }
+        $1 == "\"file\":" { first = !seen[$0]++ }
+        $1 ~ /^}/ && first {
+            sub(/,$/, "", entry)
+            entries = entries separator entry
+            separator = ","
+        }
+        END { print "[" entries "\n]" }' >"$lint/commands.json"
 
 # The toolkit's headers and templates take most of the time, so all that uses widgets has them
 # precompiled: clang finds its own file beside a header. Whether each source includes what it uses, the
