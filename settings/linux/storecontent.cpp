@@ -2,6 +2,10 @@
 
 #include <QString>
 
+#include <array>
+
+using namespace Qt::StringLiterals;
+
 // The rules by which the toolkit splits a file into lines and values are those of QSettings'
 // documentation (Format::IniFormat) and, where that is silent, what QSettings does.
 
@@ -76,19 +80,19 @@ class ValueStart
 public:
     void add(char16_t character)
     {
-        if (m_text.size() < longestMark)
-            m_text += QChar(character);
+        if (m_length < m_text.size())
+            m_text[m_length++] = character;
     }
     bool isSerialisedObject() const
     {
-        return m_text.startsWith(QLatin1StringView("@Variant("))
-            || m_text.startsWith(QLatin1StringView("@DateTime("));
+        const QStringView text(m_text.data(), static_cast<qsizetype>(m_length));
+        return text.startsWith("@Variant("_L1) || text.startsWith("@DateTime("_L1);
     }
-    void clear() { m_text.clear(); }
+    void clear() { m_length = 0; }
 
 private:
-    static constexpr qsizetype longestMark = 10;
-    QString m_text;
+    std::array<char16_t, sizeof "@DateTime(" - 1> m_text{}; // no mark is longer
+    std::size_t m_length = 0;
 };
 
 /// Adds the character that an escape sequence stands for, if it stands for one.
