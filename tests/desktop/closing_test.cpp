@@ -18,9 +18,10 @@ constexpr QPoint firstDownloadLimit(977, 218);
 const QColor editorColour(0x09, 0x0d, 0x19);
 
 /// A desktop with a tray, and the program on it with its icon there.
-struct Running
+struct ClosingProgram
 {
-    explicit Running(const std::function<void(AppSettings &)> &change) : program(desktop, change)
+    explicit ClosingProgram(const std::function<void(AppSettings &)> &change)
+        : program(desktop, change)
     {
         program.start();
         QTRY_COMPARE(tray.icons().size(), 1);
@@ -105,7 +106,7 @@ void ClosingTest::exitEndsTheProgram()
 {
     QFETCH(QString, state);
     QFETCH(bool, mini);
-    Running running([mini](AppSettings &settings) {
+    ClosingProgram running([mini](AppSettings &settings) {
         settings.closeToTray = true;
         settings.miniWidgetEnabled = mini;
     });
@@ -136,7 +137,7 @@ void ClosingTest::exitSavesAlsoWhilePaused_data()
 void ClosingTest::exitSavesAlsoWhilePaused()
 {
     QFETCH(bool, hidden);
-    Running running([](AppSettings &settings) {
+    ClosingProgram running([](AppSettings &settings) {
         settings.closeToTray = true;
         settings.pauseOnLaunch = true;
     });
@@ -150,7 +151,7 @@ void ClosingTest::exitSavesAlsoWhilePaused()
 
 void ClosingTest::theWindowsExitEndsTheProgram()
 {
-    Running running([](AppSettings &settings) { settings.closeToTray = true; });
+    ClosingProgram running([](AppSettings &settings) { settings.closeToTray = true; });
     running.program.click(fileMenu);
     QTRY_VERIFY(running.hasMenu());
     running.desktop.act(u"key Up Return"_s); // the last entry
@@ -160,7 +161,7 @@ void ClosingTest::theWindowsExitEndsTheProgram()
 
 void ClosingTest::theCloseButtonHidesIntoTheTrayEveryTime()
 {
-    Running running([](AppSettings &settings) { settings.closeToTray = true; });
+    ClosingProgram running([](AppSettings &settings) { settings.closeToTray = true; });
     Program &program = running.program;
     for (int i = 0; i < 2; ++i) {
         program.click(closeButton);
@@ -174,7 +175,7 @@ void ClosingTest::theCloseButtonHidesIntoTheTrayEveryTime()
 
 void ClosingTest::theCloseButtonEndsTheProgramWithoutTheTray()
 {
-    Running running([](AppSettings &settings) {
+    ClosingProgram running([](AppSettings &settings) {
         settings.closeToTray = false;
         settings.miniWidgetEnabled = true;
     });
@@ -185,7 +186,7 @@ void ClosingTest::theCloseButtonEndsTheProgramWithoutTheTray()
 
 void ClosingTest::aMinimisedWindowIsClosed()
 {
-    Running running([](AppSettings &settings) { settings.closeToTray = false; });
+    ClosingProgram running([](AppSettings &settings) { settings.closeToTray = false; });
     running.program.click(minimizeButton);
     QTRY_VERIFY(running.program.window().isMinimized());
     running.desktop.screen().askToClose(running.program.window().id);
@@ -195,7 +196,7 @@ void ClosingTest::aMinimisedWindowIsClosed()
 
 void ClosingTest::aWindowWithAnOpenMenuIsClosed()
 {
-    Running running([](AppSettings &settings) { settings.closeToTray = false; });
+    ClosingProgram running([](AppSettings &settings) { settings.closeToTray = false; });
     running.openRule();
     running.program.click(firstRule, 3);
     QTRY_VERIFY(running.hasMenu());
@@ -206,7 +207,7 @@ void ClosingTest::aWindowWithAnOpenMenuIsClosed()
 
 void ClosingTest::exitWithAnOpenMenuEndsTheProgram()
 {
-    Running running([](AppSettings &settings) { settings.closeToTray = true; });
+    ClosingProgram running([](AppSettings &settings) { settings.closeToTray = true; });
     running.openRule();
     running.program.click(firstRule, 3);
     QTRY_VERIFY(running.hasMenu());
@@ -217,7 +218,7 @@ void ClosingTest::exitWithAnOpenMenuEndsTheProgram()
 
 void ClosingTest::aWindowWithAnOpenEditorIsClosed()
 {
-    Running running([](AppSettings &settings) { settings.closeToTray = false; });
+    ClosingProgram running([](AppSettings &settings) { settings.closeToTray = false; });
     running.openRule();
     QVERIFY(running.typeDownloadLimit(u"123"_s));
     running.desktop.screen().askToClose(running.program.window().id);
@@ -227,7 +228,7 @@ void ClosingTest::aWindowWithAnOpenEditorIsClosed()
 
 void ClosingTest::closingTheMiniMonitorEndsNothing()
 {
-    Running running([](AppSettings &settings) {
+    ClosingProgram running([](AppSettings &settings) {
         settings.closeToTray = true;
         settings.miniWidgetEnabled = true;
     });
@@ -241,7 +242,7 @@ void ClosingTest::closingTheMiniMonitorEndsNothing()
 
 void ClosingTest::closingTheMiniMonitorSwitchesItOff()
 {
-    Running running([](AppSettings &settings) { settings.miniWidgetEnabled = true; });
+    ClosingProgram running([](AppSettings &settings) { settings.miniWidgetEnabled = true; });
     Program &program = running.program;
     QTRY_VERIFY(program.mini().isShown());
     running.desktop.act(u"windowactivate --sync %1 key alt+F4"_s.arg(program.mini().id));
@@ -268,7 +269,7 @@ void ClosingTest::aSignalEndsTheProgramAsExitDoes()
     QFETCH(int, signal);
     QFETCH(bool, hidden);
     // Nothing but its end makes a program save that is paused.
-    Running running([](AppSettings &settings) {
+    ClosingProgram running([](AppSettings &settings) {
         settings.closeToTray = true;
         settings.pauseOnLaunch = true;
         settings.miniWidgetEnabled = true;
@@ -283,7 +284,7 @@ void ClosingTest::aSignalEndsTheProgramAsExitDoes()
 
 void ClosingTest::aSignalWhileACellIsEditedSavesIt()
 {
-    Running running([](AppSettings &settings) { settings.closeToTray = true; });
+    ClosingProgram running([](AppSettings &settings) { settings.closeToTray = true; });
     running.openRule();
     QVERIFY(running.typeDownloadLimit(u"123"_s));
     running.program.send(SIGTERM);
@@ -293,7 +294,7 @@ void ClosingTest::aSignalWhileACellIsEditedSavesIt()
 
 void ClosingTest::aSignalWithAnOpenMenuEndsTheProgram()
 {
-    Running running([](AppSettings &settings) { settings.closeToTray = true; });
+    ClosingProgram running([](AppSettings &settings) { settings.closeToTray = true; });
     running.program.click(fileMenu);
     QTRY_VERIFY(running.hasMenu());
     running.program.send(SIGINT);
@@ -303,7 +304,7 @@ void ClosingTest::aSignalWithAnOpenMenuEndsTheProgram()
 
 void ClosingTest::aSignalAfterAnotherChangesNothing()
 {
-    Running running([](AppSettings &settings) {
+    ClosingProgram running([](AppSettings &settings) {
         settings.closeToTray = true;
         settings.pauseOnLaunch = true;
     });

@@ -13,9 +13,10 @@ namespace {
 const QString hiddenTitle = u"Still watching your usage"_s;
 
 /// The program on a desktop without a tray, hidden when its window is closed.
-struct Running
+struct ProgramWithoutTray
 {
-    Running() : program(desktop, [](AppSettings &settings) { settings.closeToTray = true; })
+    ProgramWithoutTray()
+        : program(desktop, [](AppSettings &settings) { settings.closeToTray = true; })
     {
         program.start();
         QVERIFY(program.isActive());
@@ -55,7 +56,7 @@ private Q_SLOTS:
 
 void MessagesTest::withoutATrayTheNotificationServiceShowsThem()
 {
-    Running running;
+    ProgramWithoutTray running;
     const NotificationService service(running.desktop.bus(u"notifications"_s));
     running.hide();
     QTRY_COMPARE(service.titles(), QStringList(hiddenTitle));
@@ -69,7 +70,7 @@ void MessagesTest::withoutATrayTheNotificationServiceShowsThem()
 
 void MessagesTest::withoutEitherTheyWaitForATrayOnTheBus()
 {
-    Running running;
+    ProgramWithoutTray running;
     running.hide();
     NotifierTray tray(running.desktop.bus(u"tray"_s));
     // Such a tray leaves messages to the notification service: the icon asks for attention.
@@ -79,7 +80,7 @@ void MessagesTest::withoutEitherTheyWaitForATrayOnTheBus()
 
 void MessagesTest::withoutEitherTheyWaitForAnEmbeddingTray()
 {
-    Running running;
+    ProgramWithoutTray running;
     running.hide();
     QVERIFY(running.balloon().isEmpty());
     const EmbeddingTray tray(running.desktop.display());
@@ -90,7 +91,7 @@ void MessagesTest::withoutEitherTheyWaitForAnEmbeddingTray()
 
 void MessagesTest::withoutEitherTheyWaitForANotificationService()
 {
-    Running running;
+    ProgramWithoutTray running;
     running.hide();
     const NotificationService service(running.desktop.bus(u"notifications"_s));
     QTRY_COMPARE(service.titles(), QStringList(hiddenTitle));
@@ -100,7 +101,7 @@ void MessagesTest::withoutEitherTheyWaitForANotificationService()
 
 void MessagesTest::whenItsEmbeddingTrayIsGoneTheyWaitForTheNext()
 {
-    Running running;
+    ProgramWithoutTray running;
     {
         const EmbeddingTray tray(running.desktop.display());
         QTRY_VERIFY(tray.hasIcon());
@@ -113,7 +114,7 @@ void MessagesTest::whenItsEmbeddingTrayIsGoneTheyWaitForTheNext()
 
 void MessagesTest::withATrayTheyAreShownOnce()
 {
-    Running running;
+    ProgramWithoutTray running;
     NotifierTray tray(running.desktop.bus(u"tray"_s));
     QTRY_COMPARE(tray.icons().size(), 1);
     const NotificationService service(running.desktop.bus(u"notifications"_s));

@@ -22,9 +22,9 @@ constexpr QPoint windowPlace = secondMonitor.topLeft() + QPoint(20, 10);
 constexpr QPoint miniPlace = secondMonitor.topLeft() + QPoint(20, 1680);
 
 /// The program on a large screen. It is paused, so that it always shows the same.
-struct Running
+struct ProgramOnScreens
 {
-    Running()
+    ProgramOnScreens()
         : program(desktop, [](AppSettings &settings) {
               settings.miniWidgetEnabled = true;
               settings.pauseOnLaunch = true;
@@ -56,19 +56,20 @@ struct Running
     /// Moves the windows to their places, until they are there in the size of these monitors.
     void moveWindows()
     {
-        const auto move = [this](ManagedWindow (Running::*window)(), QPoint place, int width) {
-            return QTest::qWaitFor(
-                [&] {
-                    desktop.act(u"windowmove %1 %2 %3"_s.arg((this->*window)().id)
-                                    .arg(place.x())
-                                    .arg(place.y()));
-                    const QRect geometry = (this->*window)().geometry;
-                    return geometry.topLeft() == place && geometry.width() == 2 * width;
-                },
-                20000);
-        };
-        QVERIFY(move(&Running::largest, windowPlace, windowWidth));
-        QVERIFY(move(&Running::smallest, miniPlace, miniSize.width()));
+        const auto move
+            = [this](ManagedWindow (ProgramOnScreens::*window)(), QPoint place, int width) {
+                  return QTest::qWaitFor(
+                      [&] {
+                          desktop.act(u"windowmove %1 %2 %3"_s.arg((this->*window)().id)
+                                          .arg(place.x())
+                                          .arg(place.y()));
+                          const QRect geometry = (this->*window)().geometry;
+                          return geometry.topLeft() == place && geometry.width() == 2 * width;
+                      },
+                      20000);
+              };
+        QVERIFY(move(&ProgramOnScreens::largest, windowPlace, windowWidth));
+        QVERIFY(move(&ProgramOnScreens::smallest, miniPlace, miniSize.width()));
     }
 
     QImage images()
@@ -96,11 +97,11 @@ private Q_SLOTS:
 
 void ScreensTest::movedWindowsLookAsIfStartedThere()
 {
-    Running started;
+    ProgramOnScreens started;
     started.start(u"screen=2"_s);
     started.moveWindows();
 
-    Running moved;
+    ProgramOnScreens moved;
     moved.desktop.addMonitor(u"first"_s, firstMonitor, true);
     moved.start(u"first=1;second=2"_s);
     moved.desktop.addMonitor(u"second"_s, secondMonitor);

@@ -19,9 +19,9 @@ void closeToTray(AppSettings &settings)
 }
 
 /// The program on a desktop that has no tray.
-struct Running
+struct FirstProgram
 {
-    Running() : program(desktop, closeToTray)
+    FirstProgram() : program(desktop, closeToTray)
     {
         program.start();
         QVERIFY(program.isActive());
@@ -127,7 +127,7 @@ void SecondStartTest::theFirstWindowComesToTheFront_data()
 void SecondStartTest::theFirstWindowComesToTheFront()
 {
     QFETCH(QString, state);
-    Running running;
+    FirstProgram running;
     Program other(running.desktop);
     if (state == u"hidden"_s) {
         running.hide();
@@ -147,7 +147,7 @@ void SecondStartTest::theFirstWindowComesToTheFront()
 
 void SecondStartTest::aWindowHiddenWithoutATrayComesBackAsItWas()
 {
-    Running running;
+    FirstProgram running;
     const auto isOnRulesPage = [&running] {
         const QPoint at = running.program.window().geometry.topLeft() + rulesButton;
         return running.desktop.screen().colourAt(at - QPoint(6, 6)) == checkedColour;
@@ -164,7 +164,7 @@ void SecondStartTest::aWindowHiddenWithoutATrayComesBackAsItWas()
 
 void SecondStartTest::rulesOfTheFirstStay()
 {
-    Running running;
+    FirstProgram running;
     QVERIFY(endsSilently(*running.program.startAnother()));
     QVERIFY(running.program.ticks());
     QVERIFY(running.program.storeIsWhole());
@@ -172,7 +172,7 @@ void SecondStartTest::rulesOfTheFirstStay()
 
 void SecondStartTest::aStoppedProcessIsPassedOver()
 {
-    Running running;
+    FirstProgram running;
     running.hide();
     running.program.send(SIGSTOP);
     const auto second = running.program.startAnother();
@@ -186,7 +186,7 @@ void SecondStartTest::aStoppedProcessIsPassedOver()
 
 void SecondStartTest::whoPassedItOverAnswersWhenItIsGone()
 {
-    Running running;
+    FirstProgram running;
     running.program.send(SIGSTOP);
     const auto second = running.program.startAnother();
     QTRY_VERIFY_WITH_TIMEOUT(!running.desktop.screen().windows(second->processId()).isEmpty(),
@@ -201,7 +201,7 @@ void SecondStartTest::whoPassedItOverAnswersWhenItIsGone()
 
 void SecondStartTest::aKilledProcessIsNone()
 {
-    Running running;
+    FirstProgram running;
     running.program.send(SIGKILL);
     QTRY_VERIFY(!running.program.isRunning());
     running.program.start();
@@ -232,7 +232,7 @@ void SecondStartTest::ofTwentyStartsAtOnceOneStays()
 
 void SecondStartTest::otherStoresAreApart()
 {
-    Running running;
+    FirstProgram running;
     Program other(running.desktop);
     other.start();
     QVERIFY(other.isActive());
@@ -242,7 +242,7 @@ void SecondStartTest::otherStoresAreApart()
 
 void SecondStartTest::theStartOfALauncherComesToItsEnd()
 {
-    Running running;
+    FirstProgram running;
     Program other(running.desktop);
     other.start();
     QVERIFY(other.isActive());

@@ -12,9 +12,9 @@ namespace {
 
 /// The program as a client of a session, hiding into the tray when its window is closed. It is
 /// paused, so that it saves nothing but what the session's end or a close makes it save.
-struct Running
+struct ProgramInSession
 {
-    explicit Running(bool paused = true)
+    explicit ProgramInSession(bool paused = true)
         : program(desktop, [paused](AppSettings &settings) {
               settings.closeToTray = true;
               settings.pauseOnLaunch = paused;
@@ -65,7 +65,7 @@ void SessionTest::theProgramSavesAndEndsWithTheSession_data()
 void SessionTest::theProgramSavesAndEndsWithTheSession()
 {
     QFETCH(QString, state);
-    Running running;
+    ProgramInSession running;
     if (state == u"hidden"_s) {
         running.close();
     } else if (state == u"minimised"_s) {
@@ -88,7 +88,7 @@ void SessionTest::theProgramSavesAndEndsWithTheSession()
 
 void SessionTest::nothingIsHiddenWhileTheSessionEnds()
 {
-    Running running;
+    ProgramInSession running;
     running.session.beginEnd();
     QTRY_VERIFY(running.session.isSaved());
     QVERIFY(running.program.window().isShown());
@@ -97,7 +97,7 @@ void SessionTest::nothingIsHiddenWhileTheSessionEnds()
 
 void SessionTest::aCancelledEndLeavesTheProgramAsItWas()
 {
-    Running running(false);
+    ProgramInSession running(false);
     running.session.beginEnd();
     QTRY_VERIFY(running.session.isSaved());
     running.session.cancelEnd();

@@ -11,9 +11,9 @@ using namespace Qt::StringLiterals;
 namespace {
 
 /// The program with its icon in a tray on the session bus, hidden in it or not.
-struct Running
+struct ProgramWithTray
 {
-    explicit Running(bool hidden = false)
+    explicit ProgramWithTray(bool hidden = false)
         : program(desktop, [hidden](AppSettings &settings) {
               settings.closeToTray = true;
               settings.startMinimized = hidden;
@@ -33,9 +33,9 @@ struct Running
 };
 
 /// The program hidden, with its icon embedded in a tray on the X server.
-struct RunningEmbedded
+struct ProgramInEmbeddingTray
 {
-    RunningEmbedded()
+    ProgramInEmbeddingTray()
         : program(desktop, [](AppSettings &settings) { settings.startMinimized = true; })
     {
         program.start();
@@ -83,7 +83,7 @@ private Q_SLOTS:
 
 void TrayIconTest::theTrayIsToldPictureAndMenuAndNothingElse()
 {
-    Running running;
+    ProgramWithTray running;
     NotifierTray &tray = running.tray;
     QCOMPARE(tray.iconColour(22, {4, 16}), markColour);
     QCOMPARE(tray.iconProperty(u"Status"_s).toString(), u"Active"_s);
@@ -92,7 +92,7 @@ void TrayIconTest::theTrayIsToldPictureAndMenuAndNothingElse()
 
 void TrayIconTest::theMenuHasItsEntriesInOrder()
 {
-    Running running;
+    ProgramWithTray running;
     const TrayEntry menu = running.tray.menu();
     QCOMPARE(menu.texts(),
              (QStringList{u"Open Tovan"_s, u"Open Rules Manager"_s, u"-"_s, u"Pause monitoring"_s,
@@ -116,7 +116,7 @@ void TrayIconTest::openingBringsTheHiddenWindowBack_data()
 void TrayIconTest::openingBringsTheHiddenWindowBack()
 {
     QFETCH(bool, byClick);
-    Running running(true);
+    ProgramWithTray running(true);
     if (byClick)
         running.tray.click(u"Activate"_s);
     else
@@ -134,7 +134,7 @@ void TrayIconTest::otherClicksLeaveTheWindowHidden_data()
 void TrayIconTest::otherClicksLeaveTheWindowHidden()
 {
     QFETCH(QString, method);
-    Running running(true);
+    ProgramWithTray running(true);
     running.tray.click(method);
     QVERIFY(running.program.ticks());
     QVERIFY(!running.program.window().isShown());
@@ -142,7 +142,7 @@ void TrayIconTest::otherClicksLeaveTheWindowHidden()
 
 void TrayIconTest::openRulesManagerShowsItsPageAlsoFromHidden()
 {
-    Running running(true);
+    ProgramWithTray running(true);
     running.choose(u"Open Rules Manager"_s);
     QVERIFY(running.program.isActive());
     QTRY_COMPARE(running.desktop.screen().colourAt(running.program.window().geometry.topLeft()
@@ -152,7 +152,7 @@ void TrayIconTest::openRulesManagerShowsItsPageAlsoFromHidden()
 
 void TrayIconTest::pauseStopsTheTicksAndIsNamedAnew()
 {
-    Running running;
+    ProgramWithTray running;
     running.choose(u"Pause monitoring"_s);
     QTRY_COMPARE(running.tray.menu().texts().at(3), u"Resume monitoring"_s);
     running.program.removeStore();
@@ -165,7 +165,7 @@ void TrayIconTest::pauseStopsTheTicksAndIsNamedAnew()
 
 void TrayIconTest::theMiniMonitorFollowsItsEntry()
 {
-    Running running;
+    ProgramWithTray running;
     for (const bool shown : {true, false}) {
         running.choose(u"Show Mini monitor"_s);
         QTRY_COMPARE(running.program.mini().isShown(), shown);
@@ -176,7 +176,7 @@ void TrayIconTest::theMiniMonitorFollowsItsEntry()
 
 void TrayIconTest::aProfileIsAppliedAndMarksNoEntry()
 {
-    Running running;
+    ProgramWithTray running;
     running.tray.choose(running.tray.menu().child(u"Profile"_s).child(u"Strict"_s));
     QTRY_COMPARE(running.program.stored().settings.currentProfile, u"Strict"_s);
     const TrayEntry menu = running.tray.menu();
@@ -186,14 +186,14 @@ void TrayIconTest::aProfileIsAppliedAndMarksNoEntry()
 
 void TrayIconTest::anEmbeddedIconOpensTheWindowByAClick()
 {
-    RunningEmbedded running;
+    ProgramInEmbeddingTray running;
     running.clickIcon(1);
     QVERIFY(running.program.isActive());
 }
 
 void TrayIconTest::anEmbeddedIconsMenuIsUsedWhileTheWindowIsHidden()
 {
-    RunningEmbedded running;
+    ProgramInEmbeddingTray running;
     running.choose(u"Escape"_s);
     QVERIFY(running.program.ticks());
     running.choose(u"Up Up Up Return"_s); // the third from below

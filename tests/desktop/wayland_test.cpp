@@ -22,9 +22,9 @@ constexpr QPoint titleBar(300, 17);
 
 /// The program on a Wayland compositor, which shows its screen on an X server and is given that
 /// one's pointer.
-struct Running
+struct WaylandProgram
 {
-    explicit Running(bool withMini = false)
+    explicit WaylandProgram(bool withMini = false)
         : program(desktop, [withMini](AppSettings &settings) {
               settings.closeToTray = true;
               settings.miniWidgetEnabled = withMini;
@@ -133,7 +133,7 @@ private Q_SLOTS:
 
 void WaylandTest::theCompositorDragsTheWindow()
 {
-    Running running;
+    WaylandProgram running;
     // The second drag shows that the first one has ended for the program too.
     for (const QPoint by : {QPoint(60, 40), QPoint(-30, 20)}) {
         const QPoint before = running.position();
@@ -148,7 +148,7 @@ void WaylandTest::theCompositorDragsTheWindow()
 
 void WaylandTest::theCompositorDragsTheMiniMonitor()
 {
-    Running running(true);
+    WaylandProgram running(true);
     const auto mini
         = [&running] { return running.desktop.screen().boundsOf(miniColour).topLeft(); };
     QTRY_VERIFY(!running.desktop.screen().boundsOf(miniColour).isEmpty());
@@ -160,7 +160,7 @@ void WaylandTest::theCompositorDragsTheMiniMonitor()
 
 void WaylandTest::theWindowIsMaximisedAndRestored()
 {
-    Running running;
+    WaylandProgram running;
     const QRect before = running.desktop.screen().boundsOf(sidebarColour);
     running.click(maximizeButton);
     QTRY_COMPARE(running.desktop.screen().boundsOf(sidebarColour).height(),
@@ -172,7 +172,7 @@ void WaylandTest::theWindowIsMaximisedAndRestored()
 
 void WaylandTest::theWindowHidesInTheTrayAndComesBack()
 {
-    Running running;
+    WaylandProgram running;
     running.hide();
     QVERIFY(running.program.ticks());
     running.tray.click(u"Activate"_s);
@@ -182,7 +182,7 @@ void WaylandTest::theWindowHidesInTheTrayAndComesBack()
 
 void WaylandTest::aSecondStartBringsItBack()
 {
-    Running running;
+    WaylandProgram running;
     running.hide();
     const auto second
         = running.program.startAnother({{u"XDG_ACTIVATION_TOKEN"_s, u"of a launcher"_s}});
@@ -201,7 +201,7 @@ void WaylandTest::exitEndsTheProgram_data()
 void WaylandTest::exitEndsTheProgram()
 {
     QFETCH(bool, hidden);
-    Running running(true);
+    WaylandProgram running(true);
     if (hidden)
         running.hide();
     running.tray.choose(running.tray.menu().child(u"Exit"_s));
@@ -211,7 +211,7 @@ void WaylandTest::exitEndsTheProgram()
 
 void WaylandTest::aSignalEndsTheProgram()
 {
-    Running running;
+    WaylandProgram running;
     QVERIFY(running.program.ticks());
     running.program.removeStore();
     running.program.send(SIGTERM);

@@ -16,9 +16,9 @@ constexpr QPoint titleBar(500, 17);
 constexpr QPoint page(500, 400);
 
 /// The program with its window and the mini monitor.
-struct Running
+struct ManagedProgram
 {
-    Running()
+    ManagedProgram()
         : program(desktop, [](AppSettings &settings) {
               settings.closeToTray = true;
               settings.miniWidgetEnabled = true;
@@ -96,7 +96,7 @@ void WindowManagerTest::theTitleBarDragsTheWindow_data()
 void WindowManagerTest::theTitleBarDragsTheWindow()
 {
     QFETCH(QPoint, place);
-    Running running;
+    ManagedProgram running;
     const QRect before = running.program.window().geometry;
     running.drag(running.inWindow(place), {-75, 41});
     QTRY_COMPARE(running.program.window().geometry, before.translated(-75, 41));
@@ -107,7 +107,7 @@ void WindowManagerTest::theTitleBarDragsTheWindow()
 
 void WindowManagerTest::neitherTheRightButtonNorThePageDragsTheWindow()
 {
-    Running running;
+    ManagedProgram running;
     const QRect before = running.program.window().geometry;
     running.drag(running.inWindow(titleBar), {50, 50}, 3);
     running.drag(running.inWindow(page), {50, 50});
@@ -123,7 +123,7 @@ void WindowManagerTest::aDoubleClickMaximisesAndRestores_data()
 void WindowManagerTest::aDoubleClickMaximisesAndRestores()
 {
     QFETCH(QPoint, place);
-    Running running;
+    ManagedProgram running;
     const QRect before = running.program.window().geometry;
     running.doubleClick(running.inWindow(place));
     QTRY_VERIFY(running.program.window().isMaximized());
@@ -135,7 +135,7 @@ void WindowManagerTest::aDoubleClickMaximisesAndRestores()
 
 void WindowManagerTest::aMaximisedWindowIsNotDragged()
 {
-    Running running;
+    ManagedProgram running;
     running.program.click(maximizeButton);
     QTRY_COMPARE(running.program.window().geometry, wholeScreen);
     running.drag(titleBar, {60, 60});
@@ -146,7 +146,7 @@ void WindowManagerTest::aMaximisedWindowIsNotDragged()
 
 void WindowManagerTest::theButtonsMinimiseMaximiseAndRestore()
 {
-    Running running;
+    ManagedProgram running;
     const QRect before = running.program.window().geometry;
     running.program.click(maximizeButton);
     QTRY_COMPARE(running.program.window().geometry, wholeScreen);
@@ -165,7 +165,7 @@ void WindowManagerTest::theButtonsMinimiseMaximiseAndRestore()
 
 void WindowManagerTest::theWindowComesBackFromTheTrayWhereItWas()
 {
-    Running running;
+    ManagedProgram running;
     const QRect before = running.program.window().geometry;
     running.drag(running.inWindow(titleBar), {-50, 30});
     QTRY_COMPARE(running.program.window().geometry, before.translated(-50, 30));
@@ -184,7 +184,7 @@ void WindowManagerTest::theWindowComesBackFromTheTrayWhereItWas()
 
 void WindowManagerTest::aMinimisedWindowComesBackFromTheTray()
 {
-    Running running;
+    ManagedProgram running;
     running.program.click(minimizeButton);
     QTRY_VERIFY(running.program.window().isMinimized());
     running.tray.click(u"Activate"_s);
@@ -201,7 +201,7 @@ void WindowManagerTest::aMinimisedWindowComesBackFromTheTray()
 
 void WindowManagerTest::theMiniMonitorIsDraggedAlsoOffTheScreen()
 {
-    Running running;
+    ManagedProgram running;
     const QRect before = running.program.mini().geometry;
     running.drag(before.center(), {31, 77});
     QTRY_COMPARE(running.program.mini().geometry, before.translated(31, 77));
@@ -217,7 +217,7 @@ void WindowManagerTest::theMiniMonitorIsDraggedAlsoOffTheScreen()
 
 void WindowManagerTest::theMiniMonitorIsAboveAllAndInNoTaskbar()
 {
-    Running running;
+    ManagedProgram running;
     QVERIFY(running.program.mini().states.contains(u"ABOVE"_s));
     QVERIFY(running.program.mini().types.contains(u"_NET_WM_WINDOW_TYPE_UTILITY"_s));
     // Without this some task bars show it all the same.
@@ -232,7 +232,7 @@ void WindowManagerTest::theMiniMonitorIsAboveAllAndInNoTaskbar()
 
 void WindowManagerTest::theMiniMonitorComesBackWhereItWasDragged()
 {
-    Running running;
+    ManagedProgram running;
     const QRect before = running.program.mini().geometry;
     running.drag(before.center(), {-123, 45});
     QTRY_COMPARE(running.program.mini().geometry, before.translated(-123, 45));

@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr quint32 pid = 42;
+constexpr quint32 somePid = 42;
 
 std::uint32_t address(quint32 hostOrder)
 {
@@ -67,75 +67,75 @@ private Q_SLOTS:
 
     void aListenerOnAllAddressesShowsWildcards()
     {
-        addTcp(pid, 8080, 2);
+        addTcp(somePid, 8080, 2);
 
         const QList<ConnectionEntry> expected{
             {u"TCP"_s, u"0.0.0.0:8080"_s, u"0.0.0.0:0"_s, u"Listen"_s}};
-        QCOMPARE(connections(pid, 5), expected);
+        QCOMPARE(connections(somePid, 5), expected);
     }
 
     void aUdpSocketHasNoRemoteEndAndIsOpen()
     {
         UdpRow row;
-        row.pid = pid;
+        row.pid = somePid;
         row.localAddress = address(0x7F000001);
         row.localPort = port(53);
         system.udp = {row};
 
         const QList<ConnectionEntry> expected{{u"UDP"_s, u"127.0.0.1:53"_s, u"-"_s, u"Open"_s}};
-        QCOMPARE(connections(pid, 5), expected);
+        QCOMPARE(connections(somePid, 5), expected);
     }
 
     void entriesKeepTheTablesOrderTcpFirst()
     {
-        addUdp(pid, 9);
-        addTcp(pid, 300, 5);
+        addUdp(somePid, 9);
+        addTcp(somePid, 300, 5);
         addTcp(7, 1, 5);
-        addTcp(pid, 200, 11);
-        addTcp(pid, 200, 11);
+        addTcp(somePid, 200, 11);
+        addTcp(somePid, 200, 11);
 
         QCOMPARE(
-            locals(connections(pid, 5)),
+            locals(connections(somePid, 5)),
             QStringList({u"0.0.0.0:300"_s, u"0.0.0.0:200"_s, u"0.0.0.0:200"_s, u"0.0.0.0:9"_s}));
     }
 
     void theLimitIsSharedByBothProtocols()
     {
         for (quint16 i = 1; i <= 7; ++i)
-            addTcp(pid, i, 5);
-        addUdp(pid, 101);
-        addUdp(pid, 102);
+            addTcp(somePid, i, 5);
+        addUdp(somePid, 101);
+        addUdp(somePid, 102);
 
-        QCOMPARE(locals(connections(pid, 5)),
+        QCOMPARE(locals(connections(somePid, 5)),
                  QStringList({u"0.0.0.0:1"_s, u"0.0.0.0:2"_s, u"0.0.0.0:3"_s, u"0.0.0.0:4"_s,
                               u"0.0.0.0:5"_s}));
-        QCOMPARE(connections(pid, 8).size(), 8);
-        QCOMPARE(connections(pid, 8).last().protocol, u"UDP"_s);
-        QCOMPARE(connections(pid, 100).size(), 9);
+        QCOMPARE(connections(somePid, 8).size(), 8);
+        QCOMPARE(connections(somePid, 8).last().protocol, u"UDP"_s);
+        QCOMPARE(connections(somePid, 100).size(), 9);
     }
 
     void aLimitOfNothingGivesNothing()
     {
-        addTcp(pid, 1, 5);
-        addUdp(pid, 2);
-        QVERIFY(connections(pid, 0).isEmpty());
-        QVERIFY(connections(pid, -1).isEmpty());
+        addTcp(somePid, 1, 5);
+        addUdp(somePid, 2);
+        QVERIFY(connections(somePid, 0).isEmpty());
+        QVERIFY(connections(somePid, -1).isEmpty());
     }
 
     void anUnknownProcessHasNoConnections()
     {
-        addTcp(pid, 1, 5);
+        addTcp(somePid, 1, 5);
         QVERIFY(connections(43, 5).isEmpty());
     }
 
     void aTableThatFailsContributesNothing()
     {
-        addTcp(pid, 1, 5);
-        addUdp(pid, 2);
+        addTcp(somePid, 1, 5);
+        addUdp(somePid, 2);
         system.tcp.reset();
-        QCOMPARE(locals(connections(pid, 5)), QStringList({u"0.0.0.0:2"_s}));
+        QCOMPARE(locals(connections(somePid, 5)), QStringList({u"0.0.0.0:2"_s}));
         system.udp.reset();
-        QVERIFY(connections(pid, 5).isEmpty());
+        QVERIFY(connections(somePid, 5).isEmpty());
     }
 
 private:

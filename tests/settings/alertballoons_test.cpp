@@ -1,3 +1,4 @@
+#include "tests/support/octets.h"
 #include "tests/support/testdesktop.h"
 #include "tests/support/windowfixture.h"
 
@@ -7,8 +8,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr quint64 gigabyte = 1024ULL * 1024 * 1024;
 
 const DesktopNotification critical{u"dialog-warning"_s, u"Monthly data almost finished"_s,
                                    u"You have used 90% of your monthly package."_s, 4000};

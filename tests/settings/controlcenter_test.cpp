@@ -1,4 +1,5 @@
 #include "tests/settings/controlcenterfixture.h"
+#include "tests/support/octets.h"
 
 #include <QComboBox>
 #include <QGridLayout>
@@ -7,8 +8,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr qulonglong gigabyte = 1024ULL * 1024 * 1024;
 
 QStringList texts(const QList<QLabel *> &labels)
 {

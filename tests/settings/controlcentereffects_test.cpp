@@ -1,4 +1,5 @@
 #include "tests/settings/controlcenterfixture.h"
+#include "tests/support/octets.h"
 
 #include "shell/minispeedwidget.h"
 
@@ -6,12 +7,6 @@
 #include <QHeaderView>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr qulonglong gigabyte = 1024ULL * 1024 * 1024;
-
-} // namespace
 
 /// What the running window does when settings are applied or data is cleared.
 class ControlCenterEffectsTest : public QObject, private ControlCenterFixture

@@ -1,3 +1,4 @@
+#include "tests/support/octets.h"
 #include "tests/support/teststore.h"
 #include "tests/support/windowfixture.h"
 
@@ -7,8 +8,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr qulonglong gigabyte = 1024ULL * 1024 * 1024;
 
 QMap<QString, QVariant> storeContent()
 {

@@ -1,5 +1,6 @@
 #include "settings/appsettings.h"
 #include "settings/usage.h"
+#include "tests/support/octets.h"
 #include "tests/support/testmain.h"
 
 #include <QtTest>
@@ -9,8 +10,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr quint64 gigabyte = 1024ULL * 1024 * 1024;
 
 UsageCounters countersOn(QDate date, quint64 today, quint64 month)
 {

@@ -1,14 +1,9 @@
+#include "tests/support/octets.h"
 #include "tests/support/windowfixture.h"
 
 #include <QCheckBox>
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr quint64 gigabyte = 1024ULL * 1024 * 1024;
-
-} // namespace
 
 /// Usage alerts of the real window; a plan of 100 GB with its default levels.
 class UsageAlertsTest : public QObject

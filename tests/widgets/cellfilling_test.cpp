@@ -14,7 +14,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int rows = 6;
+constexpr int rowCount = 6;
 constexpr int columns = 4;
 
 /// Names of all signals that an object emits, each as often as it was emitted.
@@ -56,7 +56,7 @@ class CellFillingTest : public QObject
 private Q_SLOTS:
     void init()
     {
-        table = std::make_unique<QTableWidget>(rows, columns);
+        table = std::make_unique<QTableWidget>(rowCount, columns);
         exchangeItems();
     }
 
@@ -68,7 +68,7 @@ private Q_SLOTS:
     {
         const QList<QPersistentModelIndex> indexes = persistentIndexes();
         const HeardSignals heard(*table->model());
-        for (int row = 0; row < rows; ++row) {
+        for (int row = 0; row < rowCount; ++row) {
             for (int column = 0; column < columns; ++column)
                 delete table->takeItem(row, column);
         }
@@ -161,7 +161,7 @@ private Q_SLOTS:
 private:
     void exchangeItems()
     {
-        for (int row = 0; row < rows; ++row) {
+        for (int row = 0; row < rowCount; ++row) {
             for (int column = 0; column < columns; ++column)
                 table->setItem(row, column, new QTableWidgetItem(u"text"_s));
         }
@@ -170,7 +170,7 @@ private:
     QList<QPersistentModelIndex> persistentIndexes() const
     {
         QList<QPersistentModelIndex> indexes;
-        for (int row = 0; row < rows; ++row) {
+        for (int row = 0; row < rowCount; ++row) {
             for (int column = 0; column < columns; ++column)
                 indexes.append(table->model()->index(row, column));
         }

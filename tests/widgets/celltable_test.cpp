@@ -9,7 +9,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int textColumn = 1;
+constexpr int changingColumn = 1;
 
 /// Fills the table anew as a refresh does: a row for each text.
 void fill(CellTable &table, const QStringList &texts)
@@ -19,7 +19,7 @@ void fill(CellTable &table, const QStringList &texts)
     const CellFilling quietly(table);
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < table.columnCount(); ++column) {
-            const QString text = column == textColumn ? texts.at(row) : u"same"_s;
+            const QString text = column == changingColumn ? texts.at(row) : u"same"_s;
             table.setItem(row, column, new QTableWidgetItem(text));
         }
     }
@@ -61,7 +61,7 @@ private Q_SLOTS:
 
     void aColumnFollowsACellOfItsOwn()
     {
-        table->item(0, textColumn)->setText(u"a text that is typed into a cell"_s);
+        table->item(0, changingColumn)->setText(u"a text that is typed into a cell"_s);
         awaitWidthOf({u"a text that is typed into a cell"_s});
     }
 
@@ -79,11 +79,11 @@ private Q_SLOTS:
 
     void aColumnFollowsTheFont()
     {
-        const int before = table->columnWidth(textColumn);
+        const int before = table->columnWidth(changingColumn);
         QFont font = table->font();
         font.setPointSize(font.pointSize() * 2);
         table->setFont(font);
-        QTRY_VERIFY(table->columnWidth(textColumn) > before * 3 / 2);
+        QTRY_VERIFY(table->columnWidth(changingColumn) > before * 3 / 2);
     }
 
     void otherColumnsStayAsWideAsTheyAre()
@@ -97,7 +97,7 @@ private Q_SLOTS:
     void aTableMayEndWhileItIsEdited()
     {
         table->setFocus();
-        table->editItem(table->item(0, textColumn));
+        table->editItem(table->item(0, changingColumn));
         QVERIFY(openEditor(table.get()));
         table.reset();
     }
@@ -106,7 +106,7 @@ private:
     void awaitWidthOf(const QStringList &texts)
     {
         const int width = widthOf(texts);
-        QTRY_COMPARE(table->columnWidth(textColumn), width);
+        QTRY_COMPARE(table->columnWidth(changingColumn), width);
     }
 
     /// Width of the column in a table that never showed anything else.
@@ -118,8 +118,8 @@ private:
         fill(fresh, texts);
         // The header is done when a turn of the event loop changes nothing more.
         int width = -1;
-        while (width != fresh.columnWidth(textColumn)) {
-            width = fresh.columnWidth(textColumn);
+        while (width != fresh.columnWidth(changingColumn)) {
+            width = fresh.columnWidth(changingColumn);
             QTest::qWait(0);
         }
         return width;

@@ -1,13 +1,8 @@
 #include "tests/settings/linux/storefiles.h"
 #include "tests/support/filesizelimit.h"
+#include "tests/support/octets.h"
 
 using namespace Qt::StringLiterals;
-
-namespace {
-
-constexpr qulonglong gigabyte = 1024ULL * 1024 * 1024;
-
-} // namespace
 
 /// The real window on a store whose file is damaged, in the way of something or on a full disk.
 class StoreFileTest : public QObject

@@ -15,7 +15,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr uid_t someUser = 65534;
+constexpr uid_t anotherUser = 65534;
 
 /// Lets a child of this process answer a question, as another user if that is wished.
 class Child
@@ -25,7 +25,7 @@ public:
     {
         if (m_pid != 0)
             return;
-        if (otherUser && (::setgid(someUser) != 0 || ::setuid(someUser) != 0))
+        if (otherUser && (::setgid(anotherUser) != 0 || ::setuid(anotherUser) != 0))
             ::_exit(2);
         ::_exit(question() ? 1 : 0);
     }
