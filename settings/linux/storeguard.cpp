@@ -1,5 +1,6 @@
 #include "settings/linux/storeguard.h"
 
+#include "settings/linux/diskroom.h"
 #include "settings/linux/storecontent.h"
 
 #include <QFileInfo>
@@ -44,7 +45,10 @@ bool storeHasRoom(const QString &storeFile, qint64 bytes)
     const QFileInfo store(storeFile);
     if (!store.isFile())
         return true;
-    QTemporaryFile probe(store.canonicalFilePath() + ".XXXXXX"_L1);
+    const QString file = store.canonicalFilePath();
+    if (hasPlentyOfRoom(QFileInfo(file).path(), bytes))
+        return true;
+    QTemporaryFile probe(file + ".XXXXXX"_L1);
     return probe.open() && probe.write(QByteArray(bytes, '\0')) == bytes && probe.flush();
 }
 

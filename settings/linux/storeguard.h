@@ -21,8 +21,8 @@ bool storeCanBeWritten(const QString &storeFile);
 /// made: an empty one may be a living process's, which has not put its name into it yet.
 bool storeIsFree(const QString &storeFile, std::chrono::milliseconds patience);
 
-/// Whether that many bytes can be written beside the store's file, found out by writing them. True
-/// when there is no such file, which a save then cannot damage.
+/// Whether that many bytes can be written beside the store's file, found out by writing them unless
+/// the kernel can tell. True when there is no such file, which a save then cannot damage.
 bool storeHasRoom(const QString &storeFile, qint64 bytes);
 
 /// What has to take the place of the file's content before the toolkit may read it, see

@@ -2,6 +2,7 @@
 #include "dashboard/applicationicons.h"
 #include "tests/dashboard/linux/desktopfolder.h"
 #include "tests/dashboard/linux/silentfilesystem.h"
+#include "tests/support/linux/ownnamespaces.h"
 #include "tests/support/windowfixture.h"
 
 #include <QDir>

@@ -1,11 +1,8 @@
 #include "tests/dashboard/linux/silentfilesystem.h"
 
-#include <QFile>
-
 #include <fcntl.h>
 #include <linux/fuse.h>
 #include <poll.h>
-#include <sched.h>
 #include <sys/mount.h>
 #include <unistd.h>
 
@@ -14,26 +11,7 @@
 #include <cstring>
 #include <utility>
 
-using namespace Qt::StringLiterals;
-
 namespace {
-
-bool writeFile(const QString &path, const QByteArray &text)
-{
-    QFile file(path);
-    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered)
-        && file.write(text) == text.size();
-}
-
-bool unshareAsOwnRoot()
-{
-    const QByteArray user = QByteArray::number(::geteuid());
-    const QByteArray group = QByteArray::number(::getegid());
-    return ::unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0
-        && writeFile(u"/proc/self/setgroups"_s, "deny")
-        && writeFile(u"/proc/self/uid_map"_s, "0 " + user + " 1")
-        && writeFile(u"/proc/self/gid_map"_s, "0 " + group + " 1");
-}
 
 /// Tells the kernel that the file system speaks its version of the protocol.
 void agree(int device, std::uint64_t request)
@@ -53,14 +31,6 @@ void agree(int device, std::uint64_t request)
 }
 
 } // namespace
-
-bool enterOwnMounts()
-{
-    if (::unshare(CLONE_NEWNS) != 0 && !unshareAsOwnRoot())
-        return false;
-    // What is mounted from here on stays with this process.
-    return ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
-}
 
 SilentFileSystem::SilentFileSystem(const QString &folder) : m_folder(folder.toUtf8())
 {

@@ -5,10 +5,6 @@
 #include <atomic>
 #include <thread>
 
-/// Gives this process mounts of its own, as root or as the root of a user namespace of its own. To
-/// be called before there are threads. False where the system does not allow that.
-bool enterOwnMounts();
-
 /// A FUSE file system (fuse(4)) that agrees to be mounted and then answers nobody. Whoever asks it
 /// for anything waits, and is let go with an error as soon as that is noted.
 class SilentFileSystem

@@ -1,11 +1,11 @@
 #include "tests/sampling/linux/support/networknamespace.h"
 
 #include "sampling/linux/filedescriptor.h"
+#include "tests/support/linux/ownnamespaces.h"
 
 #include <QProcess>
 
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <net/if.h>
 #include <sched.h>
 #include <sys/ioctl.h>
@@ -17,30 +17,9 @@
 
 using namespace Qt::StringLiterals;
 
-namespace {
-
-bool writeFile(const char *path, const std::string &text)
-{
-    const FileDescriptor file(::open(path, O_WRONLY | O_CLOEXEC));
-    return file
-        && ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
-}
-
-/// Root of a new user namespace is who the caller is outside.
-bool unshareAsOwnRoot()
-{
-    const std::string user = std::to_string(::geteuid());
-    const std::string group = std::to_string(::getegid());
-    return ::unshare(CLONE_NEWUSER | CLONE_NEWNET) == 0 && writeFile("/proc/self/setgroups", "deny")
-        && writeFile("/proc/self/uid_map", "0 " + user + " 1")
-        && writeFile("/proc/self/gid_map", "0 " + group + " 1");
-}
-
-} // namespace
-
 bool enterOwnNetwork()
 {
-    if (::unshare(CLONE_NEWNET) != 0 && !unshareAsOwnRoot())
+    if (!enterOwnNamespaces(CLONE_NEWNET))
         return false;
     const FileDescriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     ifreq request{};
