@@ -34,6 +34,7 @@ ExternalProject_Add(windows_backend_tests
     CMAKE_ARGS
         -DCMAKE_TOOLCHAIN_FILE=${PROJECT_SOURCE_DIR}/cmake/mingw-w64.cmake
         -DCMAKE_BUILD_TYPE=RelWithDebInfo
+        "-DCMAKE_CXX_FLAGS_RELWITHDEBINFO=-O1 -g1 -DNDEBUG"
         -DTOVAN_GOOGLETEST_SOURCES=/usr/src/googletest
         -DTOVAN_VERSION=${PROJECT_VERSION}
         -DTOVAN_WARNINGS_AS_ERRORS=ON
