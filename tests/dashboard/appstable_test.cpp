@@ -31,7 +31,7 @@ public:
         for (int i = 0; i < 2; ++i) {
             region = {};
             table->viewport()->update();
-            if (!QTest::qWaitFor([this] { return !region.isEmpty(); }))
+            if (!QTest::qWaitFor([this] { return !region.isEmpty(); }, patience))
                 qFatal("the table is not painted");
         }
         region = {};

@@ -40,14 +40,17 @@ struct ClosingProgram
     bool typeDownloadLimit(const QString &text)
     {
         const QPoint cell = program.window().geometry.topLeft() + firstDownloadLimit;
-        const bool open = QTest::qWaitFor([&] {
-            program.click(firstDownloadLimit); // until the row is there
-            return desktop.screen().colourAt(cell - QPoint(26, 8)) == editorColour;
-        });
+        const bool open = QTest::qWaitFor(
+            [&] {
+                program.click(firstDownloadLimit); // until the row is there
+                return desktop.screen().colourAt(cell - QPoint(26, 8)) == editorColour;
+            },
+            patience);
         const QRect area(cell - QPoint(20, 8), QSize(40, 16));
         const QImage before = desktop.screen().picture(area);
         desktop.act(u"key ctrl+a type "_s + text);
-        return open && QTest::qWaitFor([&] { return desktop.screen().picture(area) != before; });
+        return open
+            && QTest::qWaitFor([&] { return desktop.screen().picture(area) != before; }, patience);
     }
     bool hasMenu() { return !desktop.screen().menu(program.pid()).isEmpty(); }
     void hide()

@@ -37,7 +37,7 @@ struct ProgramOnScreens
     {
         program.start({{u"QT_SCREEN_SCALE_FACTORS"_s, scaleFactors}});
         QVERIFY(QTest::qWaitFor(
-            [this] { return desktop.screen().windows(program.pid()).size() == 2; }, 20000));
+            [this] { return desktop.screen().windows(program.pid()).size() == 2; }, patience));
     }
 
     ManagedWindow smallest()
@@ -66,7 +66,7 @@ struct ProgramOnScreens
                           const QRect geometry = (this->*window)().geometry;
                           return geometry.topLeft() == place && geometry.width() == 2 * width;
                       },
-                      20000);
+                      patience);
               };
         QVERIFY(move(&ProgramOnScreens::largest, windowPlace, windowWidth));
         QVERIFY(move(&ProgramOnScreens::smallest, miniPlace, miniSize.width()));

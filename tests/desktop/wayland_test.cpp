@@ -77,7 +77,7 @@ struct WaylandProgram
                 sendPointer(to);
                 return desktop.screen().picture(around) != before;
             },
-            20000));
+            patience));
     }
     void click(QPoint place, const QString &how = u"click 1"_s)
     {
@@ -96,7 +96,7 @@ struct WaylandProgram
                 sendPointer(to);
                 return done();
             },
-            20000);
+            patience);
         desktop.act(u"mouseup 1"_s);
         return followed;
     }

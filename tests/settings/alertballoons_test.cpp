@@ -63,7 +63,6 @@ void AlertBalloonsTest::cleanup()
 
 QList<DesktopNotification> AlertBalloonsTest::notificationsUpTo(const DesktopNotification &last)
 {
-    constexpr int patience = 20000; // milliseconds
     QList<DesktopNotification> all;
     // Where it does not come the caller sees that it is missing.
     static_cast<void>(QTest::qWaitFor(

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/support/patience.h"
+
 #include <QLineEdit>
 #include <QTableWidget>
 #include <QtTest>
@@ -22,7 +24,7 @@ inline QLineEdit *clickIntoCell(QTableWidget *table, int row, int column)
     const QRect cell = table->visualItemRect(table->item(row, column));
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
                       cell.center() + QPoint(cell.width() / 3, 0));
-    if (!QTest::qWaitFor([table] { return openEditor(table) != nullptr; }))
+    if (!QTest::qWaitFor([table] { return openEditor(table) != nullptr; }, patience))
         qFatal("a click opened no editor in row %d, column %d", row, column);
     return openEditor(table);
 }

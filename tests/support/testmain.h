@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QTest>
+#include "tests/support/patience.h"
 
 /// The tests of a folder are linked into one executable, which its first argument tells what to
 /// run: `settings_tests usage_test` runs the class of usage_test.cpp. Each of these macros stands

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/lumetrawindow.h"
+#include "tests/support/patience.h"
 #include "tests/support/scriptedsystem.h"
 
 #include <QAbstractButton>

@@ -1,5 +1,7 @@
 #include "tests/desktop/support/notifiertray.h"
 
+#include "tests/support/patience.h"
+
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -96,7 +98,7 @@ QVariantList NotifierTray::ask(const QString &path, const QString &interface, co
     auto question = QDBusMessage::createMethodCall(m_icons.value(0), path, interface, method);
     question.setArguments(arguments);
     const QDBusPendingCallWatcher answer(m_bus.asyncCall(question));
-    if (!QTest::qWaitFor([&answer] { return answer.isFinished(); }, 20000))
+    if (!QTest::qWaitFor([&answer] { return answer.isFinished(); }, patience))
         qFatal("%s is not answered", qPrintable(method));
     if (answer.isError())
         qFatal("%s: %s", qPrintable(method), qPrintable(answer.error().message()));

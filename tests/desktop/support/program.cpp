@@ -1,5 +1,7 @@
 #include "tests/desktop/support/program.h"
 
+#include "tests/support/patience.h"
+
 #include <QFileInfo>
 #include <QSettings>
 #include <QtTest>
@@ -11,8 +13,6 @@
 using namespace Qt::StringLiterals;
 
 namespace {
-
-constexpr int patience = 20000; // milliseconds; a busy machine starts a program slowly
 
 constexpr QSize miniSize(220, 92); // what tells the mini monitor from the window
 

@@ -22,7 +22,7 @@ using namespace std::chrono_literals;
 namespace {
 
 /// How long a program of a busy machine may take for its next save.
-constexpr auto patience = 100s;
+constexpr auto patienceWithKills = 100s;
 
 /// What one kill has shown.
 struct Finding
@@ -108,7 +108,7 @@ public:
         StoreWatch watch(storeFile());
         const auto begin = std::chrono::steady_clock::now();
         program.start(m_program, QStringList());
-        if (!watch.waitFor(StoreWatch::Event::SaveDone, QDeadlineTimer(patience))) {
+        if (!watch.waitFor(StoreWatch::Event::SaveDone, QDeadlineTimer(patienceWithKills))) {
             finding.problem = u"no save after the start"_s;
             return finding;
         }
@@ -148,7 +148,7 @@ private:
             std::this_thread::sleep_for(std::chrono::microseconds(microseconds(m_random)));
         };
         watch.drain();
-        const QDeadlineTimer deadline(patience);
+        const QDeadlineTimer deadline(patienceWithKills);
         switch (kind) {
         case 0: // in the first steps of a save
             return watch.waitFor(StoreWatch::Event::SaveBegun, deadline);

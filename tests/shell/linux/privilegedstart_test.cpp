@@ -109,7 +109,7 @@ bool PrivilegedStartTest::hasLoadedForeignCode()
 {
     // With its first save the program has all its plug-ins.
     const QString store = folder() + u"/config/Tovan/Tovan Network Monitor.conf"_s;
-    if (!QTest::qWaitFor([&store] { return QFile::exists(store); }, 20000))
+    if (!QTest::qWaitFor([&store] { return QFile::exists(store); }, patience))
         qFatal("the program does not run");
     return processFile(*m_program, "maps").contains(qgetenv("TOVAN_FOREIGN_PLUGINS"));
 }
