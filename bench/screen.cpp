@@ -12,7 +12,7 @@
 
 namespace {
 
-[[noreturn]] void fail(const char *what)
+[[noreturn]] void displayFailed(const char *what)
 {
     std::fprintf(stderr, "display: %s\n", what);
     std::exit(1);
@@ -24,14 +24,14 @@ Screen::Screen() : m_connection(xcb_connect(nullptr, nullptr))
 {
     xcb_connection_t *connection = m_connection.get();
     if (xcb_connection_has_error(connection) != 0)
-        fail("no connection");
+        displayFailed("no connection");
     m_screen = xcb_setup_roots_iterator(xcb_get_setup(connection)).data;
     m_processId = internAtom(connection, "_NET_WM_PID");
 
     XcbReply<xcb_damage_query_version_reply_t> version(xcb_damage_query_version_reply(
         connection, xcb_damage_query_version(connection, 1, 1), nullptr));
     if (!version)
-        fail("no damage extension");
+        displayFailed("no damage extension");
     const std::uint32_t events = XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY
         | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY;
     xcb_change_window_attributes(connection, m_screen->root, XCB_CW_EVENT_MASK, &events);
@@ -47,7 +47,7 @@ pid_t Screen::server() const
     socklen_t length = sizeof credentials;
     const int socket = xcb_get_file_descriptor(m_connection.get());
     if (::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &credentials, &length) != 0)
-        fail("its server is not known");
+        displayFailed("its server is not known");
     return credentials.pid;
 }
 
@@ -129,7 +129,7 @@ int Screen::pixelsOf(std::uint32_t colour)
                                           line, m_screen->width_in_pixels, 1, ~0U),
                             nullptr));
     if (!image || image->depth != 24)
-        fail("its pixels cannot be read");
+        displayFailed("its pixels cannot be read");
     const std::span bytes(xcb_get_image_data(image.get()),
                           static_cast<std::size_t>(xcb_get_image_data_length(image.get())));
     int found = 0;
@@ -160,6 +160,6 @@ void Screen::await(const char *what, const std::function<bool()> &holds)
         pollfd readable{xcb_get_file_descriptor(connection), POLLIN, 0};
         if (left.count() <= 0 || ::poll(&readable, 1, static_cast<int>(left.count())) == 0
             || xcb_connection_has_error(connection) != 0)
-            fail(what);
+            displayFailed(what);
     }
 }

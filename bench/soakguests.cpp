@@ -16,7 +16,7 @@ constexpr int names = 400;
 constexpr std::size_t fewest = 15;
 constexpr std::size_t most = 35;
 
-[[noreturn]] void fail(const char *what)
+[[noreturn]] void crowdFailed(const char *what)
 {
     std::perror(what);
     std::exit(1);
@@ -57,10 +57,10 @@ void SoakGuests::start()
     std::string path
         = m_folder + '/' + nameOf(std::uniform_int_distribution<>(0, names - 1)(m_random));
     if (::link(m_program.c_str(), path.c_str()) != 0 && errno != EEXIST)
-        fail("link");
+        crowdFailed("link");
     std::array<int, 2> ends{};
     if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0)
-        fail("socketpair");
+        crowdFailed("socketpair");
     const FileDescriptor itsEnd(ends[1]);
     Guest guest{0, FileDescriptor(ends[0])};
 
@@ -75,7 +75,7 @@ void SoakGuests::start()
     ::posix_spawn_file_actions_destroy(&actions);
     char octet = 0;
     if (error != 0 || ::read(guest.control.get(), &octet, 1) != 1)
-        fail("a process of the crowd does not start");
+        crowdFailed("a process of the crowd does not start");
     m_guests.push_back(std::move(guest));
 }
 
@@ -85,5 +85,5 @@ void SoakGuests::endOldest()
     m_guests.pop_front();
     guest.control.reset();
     if (::waitpid(guest.pid, nullptr, 0) != guest.pid)
-        fail("waitpid");
+        crowdFailed("waitpid");
 }
