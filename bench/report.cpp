@@ -63,7 +63,8 @@ void Report::addRow(const QString &load, const QString &figure, const Sample &sa
 void Report::print()
 {
     if (m_printed == 0 && !m_rows.isEmpty())
-        std::printf("%-9s %-46s %14s %21s  %s\n", "load", "figure", "median", "middle half", "bar");
+        std::printf("%-11s %-46s %14s %21s  %s\n", "load", "figure", "median", "middle half",
+                    "bar");
     for (; m_printed < m_rows.size(); ++m_printed) {
         const QJsonObject row = m_rows.at(m_printed).toObject();
         QString bar;
@@ -71,7 +72,7 @@ void Report::print()
             bar = u"%1 %2: %3"_s.arg(row.value("barIs"_L1).toString())
                       .arg(row.value("bar"_L1).toDouble())
                       .arg(row.value("met"_L1).toBool() ? "met"_L1 : "MISSED"_L1);
-        std::printf("%-9s %-46s %8.3f %-5s %10.3f - %8.3f  %s\n",
+        std::printf("%-11s %-46s %8.3f %-5s %10.3f - %8.3f  %s\n",
                     qPrintable(row.value("load"_L1).toString()),
                     qPrintable(row.value("figure"_L1).toString()),
                     row.value("median"_L1).toDouble(), qPrintable(row.value("unit"_L1).toString()),

@@ -4,46 +4,21 @@
 // waited for.
 #include "app/lumetrawindow.h"
 #include "bench/report.h"
+#include "bench/scriptedticks.h"
 #include "shell/theme.h"
-#include "tests/support/scriptedsystem.h"
-#include "tests/support/windowfixture.h"
 #include "widgets/tablecells.h"
 
 #include <QApplication>
-#include <QElapsedTimer>
 #include <QHeaderView>
 #include <QSettings>
 #include <QTableWidget>
 #include <QTemporaryDir>
-#include <QTimer>
-#include <QTimerEvent>
 
 #include <cstdio>
 
 using namespace Qt::StringLiterals;
 
 namespace {
-
-/// Lets everything that a refresh left to the event loop happen: layouts, resizing, painting.
-void settle()
-{
-    for (int i = 0; i < 3; ++i) {
-        QCoreApplication::sendPostedEvents();
-        QCoreApplication::processEvents();
-    }
-}
-
-void script(int processes, int round)
-{
-    ScriptedSystem &system = ScriptedSystem::instance();
-    system.reset();
-    system.setCounters(quint64(round) * 123456, quint64(round) * 23456);
-    for (int i = 0; i < processes; ++i) {
-        // A few counts change every tick, as they do on a real desktop.
-        system.addProcess(quint32(1000 + i), u"application-%1"_s.arg(i),
-                          8 + (i % 10 == round % 10 ? 1 : 0), 2);
-    }
-}
 
 void fillBare(QTableWidget &table, int rows, int round)
 {
@@ -70,7 +45,10 @@ struct Series
 
 Series measure(int processes, int rounds)
 {
-    script(processes, 0);
+    QStringList applications;
+    for (int i = 0; i < processes; ++i)
+        applications.append(u"application-%1"_s.arg(i));
+    scriptTick(applications, 0);
     LumetraWindow window;
     window.show();
     QWidget bareWindow;
@@ -87,22 +65,12 @@ Series measure(int processes, int rounds)
     bareWindow.show();
     settle();
 
-    QTimer *timer = sampleTimer(window);
     Series series;
-    QElapsedTimer clock;
-    const auto milliseconds = [&clock] { return double(clock.nsecsElapsed()) / 1e6; };
     for (int round = 1; round <= rounds; ++round) {
-        script(processes, round);
-        clock.start();
-        QTimerEvent event(timer->timerId());
-        QCoreApplication::sendEvent(timer, &event);
-        settle();
-        series.ticks.values.append(milliseconds());
-
-        clock.start();
-        fillBare(*bare, processes + 1, round);
-        settle();
-        series.bare.values.append(milliseconds());
+        scriptTick(applications, round);
+        series.ticks.values.append(millisecondsOfTick(window));
+        series.bare.values.append(
+            millisecondsUntilSettled([&] { fillBare(*bare, processes + 1, round); }));
     }
     return series;
 }
