@@ -20,14 +20,14 @@ QByteArray contentOf(const QString &path)
     return file.open(QFile::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// The number in KiB behind a name at the beginning of a line.
-double kibibytes(const QByteArray &text, const QByteArray &name)
+/// The number between a name at the beginning of a line and what follows it there.
+double numberNamed(const QByteArray &text, const QByteArray &name, const QByteArray &unit)
 {
     const qsizetype at = text.indexOf('\n' + name + ':');
     if (at < 0)
         return 0;
     const qsizetype start = at + name.size() + 2;
-    return text.mid(start, text.indexOf(" kB", start) - start).trimmed().toDouble();
+    return text.mid(start, text.indexOf(unit, start) - start).trimmed().toDouble();
 }
 
 } // namespace
@@ -100,8 +100,20 @@ double processorMillisecondsBesides(const QSet<pid_t> &others)
     return milliseconds;
 }
 
+double voluntarySwitchesOf(pid_t pid)
+{
+    double switches = 0;
+    const QDir threads(u"/proc/%1/task"_s.arg(pid));
+    const QStringList ids = threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString &id : ids) {
+        const QByteArray status = contentOf(threads.filePath(id) + "/status"_L1);
+        switches += numberNamed(status, "voluntary_ctxt_switches", "\n");
+    }
+    return switches;
+}
+
 MemoryUse memoryUseOf(pid_t pid)
 {
     const QByteArray rollup = contentOf(u"/proc/%1/smaps_rollup"_s.arg(pid));
-    return {kibibytes(rollup, "Rss"), kibibytes(rollup, "Pss")};
+    return {numberNamed(rollup, "Rss", " kB"), numberNamed(rollup, "Pss", " kB")};
 }

@@ -34,6 +34,10 @@ double processorMillisecondsOf(pid_t pid);
 /// The same, of all processes but these.
 double processorMillisecondsBesides(const QSet<pid_t> &others);
 
+/// How often the threads that a process has now have waited since their start, each time to be
+/// woken again. See proc_pid_status(5).
+double voluntarySwitchesOf(pid_t pid);
+
 /// What a process has in memory, in KiB. See proc_pid_smaps(5).
 struct MemoryUse
 {
