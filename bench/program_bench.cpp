@@ -53,8 +53,8 @@ void measureMemory(Surroundings &surroundings, Report &report, int minutes)
         lastMinute.values.append(kibibytes / 1024);
     report.addAgainst(surroundingsName, u"resident memory in minute %1"_s.arg(minutes), lastMinute,
                       80, true, u"MiB"_s);
-    report.add(surroundingsName, u"proportional memory in minute %1"_s.arg(minutes),
-               Sample{proportional.last(60)}, u"MiB"_s);
+    report.addAgainst(surroundingsName, u"proportional memory in minute %1"_s.arg(minutes),
+                      Sample{proportional.last(60)}, 30, true, u"MiB"_s);
     // In the first minute icons, fonts and the like are read for the first time.
     report.addAgainst(surroundingsName, u"growth after the first minute"_s,
                       Sample{{growthAMinute(resident.sliced(60))}}, 16, true, u"KiB/m"_s);
@@ -94,7 +94,7 @@ void measureStart(Surroundings &surroundings, Report &report, int starts)
     report.add(u"start"_s, u"bare window"_s, bare, u"ms"_s);
     report.add(u"start"_s, u"bare window with one word"_s, text, u"ms"_s);
     report.addAgainst(u"start"_s, u"start / bare window"_s, ratios(own, bare), 2);
-    report.add(u"start"_s, u"start / bare window with one word"_s, ratios(own, text), u"x"_s);
+    report.addAgainst(u"start"_s, u"start / bare window with one word"_s, ratios(own, text), 1.6);
 }
 
 } // namespace
