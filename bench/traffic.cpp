@@ -31,7 +31,7 @@ Traffic::Traffic() : m_socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
 {
     // Without IPv6 the kernel sends nothing there of itself.
     QFile ipv6(u"/proc/sys/net/ipv6/conf/default/disable_ipv6"_s);
-    if (ipv6.open(QFile::WriteOnly))
+    if (ipv6.open(QFile::WriteOnly | QFile::Unbuffered)) // now, before there are interfaces
         ipv6.write("1");
     ip(u"link add name near type veth peer name far"_s);
     ip(u"address add 192.0.2.1/24 dev near"_s);
