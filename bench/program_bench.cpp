@@ -4,6 +4,7 @@
 #include "bench/processoruse.h"
 #include "bench/report.h"
 #include "bench/surroundings.h"
+#include "bench/writes.h"
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
@@ -115,8 +116,8 @@ int main(int argc, char *argv[])
     arguments.addOptions({rounds, seconds, minutes, starts});
     arguments.addHelpOption();
     arguments.addPositionalArgument(u"file"_s, u"Where the JSON goes."_s);
-    arguments.addPositionalArgument(u"section"_s, u"cpu, memory or start; all without any."_s,
-                                    u"[section...]"_s);
+    arguments.addPositionalArgument(
+        u"section"_s, u"cpu, memory, start or writes; all without any."_s, u"[section...]"_s);
     arguments.process(application);
     const QStringList positional = arguments.positionalArguments();
     const auto wants = [sections = positional.mid(1)](const QString &section) {
@@ -135,6 +136,10 @@ int main(int argc, char *argv[])
     report.print();
     if (wants(u"memory"_s))
         measureMemory(surroundings, report, arguments.value(minutes).toInt());
+    report.print();
+    if (wants(u"writes"_s))
+        measureWrites(surroundings, report, arguments.value(rounds).toInt(),
+                      arguments.value(seconds).toInt());
     report.print();
     const QString path = positional.value(0);
     if (!path.isEmpty() && !report.write(path)) {

@@ -50,7 +50,16 @@ Traffic::Traffic() : m_socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0))
         std::exit(1);
     }
     QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { sendSome(); });
-    m_timer.start(100);
+    m_timer.setInterval(100);
+    setFlowing(true);
+}
+
+void Traffic::setFlowing(bool flowing)
+{
+    if (flowing)
+        m_timer.start();
+    else
+        m_timer.stop();
 }
 
 void Traffic::sendSome()

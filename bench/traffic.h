@@ -12,6 +12,8 @@ class Traffic
 public:
     /// Starts it in the network that the benchmark has entered; flows while the event loop runs.
     Traffic();
+    /// Stops it or lets it flow again.
+    void setFlowing(bool flowing);
 
 private:
     void sendSome();

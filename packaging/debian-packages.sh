@@ -43,6 +43,7 @@ program_bench_packages=(
     gnome-system-monitor
     iproute2
     openbox
+    strace # counts what is written
     xfce4-taskmanager
     xvfb
 )
