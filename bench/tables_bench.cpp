@@ -1,7 +1,9 @@
 // What the two socket tables with their owners cost, beside the kernel's dumps alone and beside the
 // tools that people would ask instead, all on the same loads and by turns in the same run.
+#include "bench/links.h"
 #include "bench/loads.h"
 #include "bench/report.h"
+#include "bench/stopwatch.h"
 #include "sampling/linux/linuxsystemqueries.h"
 
 #include <fcntl.h>
@@ -14,10 +16,8 @@
 #include <sys/prctl.h>
 #include <sys/wait.h>
 
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <ctime>
 #include <functional>
 
 using namespace Qt::StringLiterals;
@@ -25,22 +25,6 @@ using namespace Qt::StringLiterals;
 namespace {
 
 constexpr uid_t nobody = 65534;
-
-/// Processor time of the calling thread.
-double processorMilliseconds()
-{
-    timespec time{};
-    ::clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return double(time.tv_sec) * 1e3 + double(time.tv_nsec) / 1e6;
-}
-
-double millisecondsOf(const std::function<void()> &work)
-{
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-        .count();
-}
 
 /// Runs a program to its end with its output thrown away; ends the benchmark when it fails.
 void runTool(const std::vector<const char *> &command)
@@ -136,15 +120,6 @@ struct Series
     Sample dumpsProcessor;
     Sample ss;
 };
-
-/// Adds what `work` takes on the clock, and of the processor. What is compared within this process
-/// is compared by the latter: neither side ever waits for anything but its turn on the processor.
-void take(Sample &wall, Sample &processor, const std::function<void()> &work)
-{
-    const double before = processorMilliseconds();
-    wall.values.append(millisecondsOf(work));
-    processor.values.append(processorMilliseconds() - before);
-}
 
 /// Takes `runs` values of each, by turns and each as often before as after the other; `between` is
 /// done before every table and not counted.
@@ -256,11 +231,14 @@ void measureChurn(Report &report, const LoadShape &shape, int runs)
     report.print();
 }
 
-/// The desktop load, of which a tenth belongs to nobody, as root sees it and as nobody does.
-void measureForeign(Report &report, const LoadShape &shape, int runs)
+/// A load as root sees it and as nobody does, to whom a tenth of it belongs, or nothing where
+/// `owner` is root.
+void measureForeign(Report &report, const QString &name, const LoadShape &shape, uid_t owner,
+                    int runs)
 {
-    const Load load(shape, nobody);
+    const Load load(shape, owner);
     const auto sockets = static_cast<std::size_t>(load.sockets());
+    const std::size_t own = owner == nobody ? sockets / 10 : 0;
     LinuxSystemQueries asRoot;
     LinuxSystemQueries asNobody;
     askTables(asRoot);
@@ -273,7 +251,7 @@ void measureForeign(Report &report, const LoadShape &shape, int runs)
     };
     std::size_t owned = 0;
     asUnprivileged([&] { owned = askTables(asNobody); });
-    requireOwners(owned, sockets / 10);
+    requireOwners(owned, own);
     Sample steady;
     Sample steadyProcessor;
     Sample foreign;
@@ -283,12 +261,12 @@ void measureForeign(Report &report, const LoadShape &shape, int runs)
         requireOwners(owned, sockets);
         asUnprivileged(
             [&] { take(foreign, foreignProcessor, [&] { owned = askTables(asNobody); }); });
-        requireOwners(owned, sockets / 10);
+        requireOwners(owned, own);
     }
-    report.add(u"foreign"_s, u"tables seen by root"_s, steady, u"ms"_s);
-    report.add(u"foreign"_s, u"tables seen by an unprivileged user"_s, foreign, u"ms"_s);
+    report.add(name, u"tables seen by root"_s, steady, u"ms"_s);
+    report.add(name, u"tables seen by an unprivileged user"_s, foreign, u"ms"_s);
     // Equal is what is asked for; the rest is the noise of the machine.
-    report.addAgainst(u"foreign"_s, u"unprivileged / root, processor"_s,
+    report.addAgainst(name, u"unprivileged / root, processor"_s,
                       ratios(foreignProcessor, steadyProcessor), 1.05);
     report.print();
 }
@@ -319,7 +297,11 @@ int main(int argc, char *argv[])
     if (wants("churn"))
         measureChurn(report, desktop, 41);
     if (wants("foreign"))
-        measureForeign(report, desktop, 97);
+        measureForeign(report, u"foreign"_s, desktop, nobody, 97);
+    if (wants("others"))
+        measureForeign(report, u"others"_s, server, 0, 21);
+    if (wants("links"))
+        measureLinks(report, 41);
     if (argc > 1 && !report.write(QString::fromLocal8Bit(argv[1]))) {
         std::fprintf(stderr, "%s cannot be written\n", argv[1]);
         return 1;
