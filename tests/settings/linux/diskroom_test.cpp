@@ -109,21 +109,23 @@ void DiskRoomTest::aFolderThatIsNotThereHasNone()
 void DiskRoomTest::whereThereIsPlentyNothingIsWrittenToFindOut_data()
 {
     QTest::addColumn<QByteArray>("size");
-    QTest::addColumn<qint64>("octets");
-    QTest::newRow("plenty") << QByteArray("1g") << qint64{0};
-    QTest::newRow("enough") << QByteArray("1m") << qint64{1000};
+    QTest::addColumn<bool>("written");
+    QTest::newRow("plenty") << QByteArray("1g") << false;
+    QTest::newRow("enough") << QByteArray("16m") << true;
 }
 
 void DiskRoomTest::whereThereIsPlentyNothingIsWrittenToFindOut()
 {
     QFETCH(QByteArray, size);
-    QFETCH(qint64, octets);
+    QFETCH(bool, written);
     mountDisk(size);
     const QString store = m_folder.filePath(u"store.conf"_s);
     QVERIFY(QFile(store).open(QIODevice::WriteOnly));
+    // Far more than the few octets that the sanitizers write into pipes.
+    constexpr qint64 octets = 1'000'000;
     const qint64 before = writtenOctets();
-    QVERIFY(storeHasRoom(store, 1000));
-    QCOMPARE(writtenOctets() - before, octets);
+    QVERIFY(storeHasRoom(store, octets));
+    QCOMPARE(writtenOctets() - before >= octets, written);
 }
 
 int diskroom_test(int argc, char *argv[])
