@@ -13,7 +13,6 @@
 #include <unistd.h>
 
 #include <csignal>
-#include <cstdio>
 
 using namespace Qt::StringLiterals;
 
@@ -140,11 +139,5 @@ int main(int argc, char *argv[])
     if (wants(u"writes"_s))
         measureWrites(surroundings, report, arguments.value(rounds).toInt(),
                       arguments.value(seconds).toInt());
-    report.print();
-    const QString path = positional.value(0);
-    if (!path.isEmpty() && !report.write(path)) {
-        std::fprintf(stderr, "%s cannot be written\n", qPrintable(path));
-        return 1;
-    }
-    return report.allMet() ? 0 : 3;
+    return report.finish(positional.value(0));
 }

@@ -82,6 +82,16 @@ void Report::print()
     std::fflush(stdout);
 }
 
+int Report::finish(const QString &path)
+{
+    print();
+    if (!path.isEmpty() && !write(path)) {
+        std::fprintf(stderr, "%s cannot be written\n", qPrintable(path));
+        return 1;
+    }
+    return m_allMet ? 0 : 3;
+}
+
 bool Report::write(const QString &path) const
 {
     QFile file(path);

@@ -31,13 +31,14 @@ public:
 
     /// Prints what was added since the last call.
     void print();
-    /// Writes all rows to the file; false when it cannot be written.
-    bool write(const QString &path) const;
-    bool allMet() const { return m_allMet; }
+    /// Prints the rest and writes all rows to the file, unless `path` is empty. Returns the exit
+    /// code of a benchmark: 3 when a bar was missed, 1 when the file cannot be written.
+    int finish(const QString &path);
 
 private:
     void addRow(const QString &load, const QString &figure, const Sample &sample,
                 const QString &unit, std::optional<double> bar, bool atMost);
+    bool write(const QString &path) const;
 
     QJsonArray m_rows;
     qsizetype m_printed = 0;

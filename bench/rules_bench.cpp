@@ -171,11 +171,5 @@ int main(int argc, char *argv[])
                           double(many.rules) / few.rules);
     }
     report.add(load(many), u"tick on the Dashboard that saves"_s, many.saved, u"ms"_s);
-    report.print();
-    const QString path = QApplication::arguments().value(1);
-    if (!path.isEmpty() && !report.write(path)) {
-        std::fprintf(stderr, "%s cannot be written\n", qPrintable(path));
-        return 1;
-    }
-    return report.allMet() ? 0 : 3;
+    return report.finish(QApplication::arguments().value(1));
 }

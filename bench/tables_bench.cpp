@@ -302,9 +302,5 @@ int main(int argc, char *argv[])
         measureForeign(report, u"others"_s, server, 0, 21);
     if (wants("links"))
         measureLinks(report, 41);
-    if (argc > 1 && !report.write(QString::fromLocal8Bit(argv[1]))) {
-        std::fprintf(stderr, "%s cannot be written\n", argv[1]);
-        return 1;
-    }
-    return report.allMet() ? 0 : 3;
+    return report.finish(argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString());
 }

@@ -14,8 +14,6 @@
 #include <QTableWidget>
 #include <QTemporaryDir>
 
-#include <cstdio>
-
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -107,11 +105,5 @@ int main(int argc, char *argv[])
     add(many, large);
     report.addAgainst(u"%1 rows"_s.arg(many), u"tick / tick of %1 rows"_s.arg(few),
                       ratios(large.ticks, small.ticks), double(many + 1) / (few + 1));
-    report.print();
-    const QString path = QApplication::arguments().value(1);
-    if (!path.isEmpty() && !report.write(path)) {
-        std::fprintf(stderr, "%s cannot be written\n", qPrintable(path));
-        return 1;
-    }
-    return report.allMet() ? 0 : 3;
+    return report.finish(QApplication::arguments().value(1));
 }
