@@ -32,7 +32,7 @@ struct ProgramWithoutTray
     }
 
     /// Where the toolkit's own balloon is on the screen; empty when there is none.
-    QRect balloon() { return desktop.screen().menu(program.pid()); }
+    QRect balloon() { return desktop.screen().toolTip(program.pid()); }
 
     Desktop desktop;
     Program program;

@@ -101,7 +101,7 @@ xcb_window_t Screen::activeWindow()
     return values<xcb_window_t>(m_root, "_NET_ACTIVE_WINDOW").value(0, XCB_WINDOW_NONE);
 }
 
-QRect Screen::menu(qint64 pid)
+QRect Screen::unmanaged(qint64 pid, const QByteArray &type)
 {
     const XcbReply<xcb_query_tree_reply_t> tree(
         xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, m_root), nullptr));
@@ -112,10 +112,22 @@ QRect Screen::menu(qint64 pid)
             xcb_get_window_attributes_reply(
                 m_connection, xcb_get_window_attributes(m_connection, children[i]), nullptr));
         if (attributes && attributes->override_redirect
-            && attributes->map_state == XCB_MAP_STATE_VIEWABLE && belongsTo(children[i], pid))
+            && attributes->map_state == XCB_MAP_STATE_VIEWABLE && belongsTo(children[i], pid)
+            && (type.isEmpty()
+                || values<xcb_atom_t>(children[i], "_NET_WM_WINDOW_TYPE").contains(atom(type))))
             topmost = geometry(children[i]);
     }
     return topmost;
+}
+
+QRect Screen::menu(qint64 pid)
+{
+    return unmanaged(pid, {}); // the toolkit gives its menus no type of their own
+}
+
+QRect Screen::toolTip(qint64 pid)
+{
+    return unmanaged(pid, "_NET_WM_WINDOW_TYPE_TOOLTIP");
 }
 
 QImage Screen::picture(QRect area)

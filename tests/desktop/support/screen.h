@@ -41,6 +41,9 @@ public:
     xcb_window_t activeWindow();
     /// Geometry of a process's topmost menu, which is no managed window; empty when there is none.
     QRect menu(qint64 pid);
+    /// Geometry of a process's topmost tool tip or balloon; empty when there is none. An icon that
+    /// no tray has embedded yet is none.
+    QRect toolTip(qint64 pid);
     /// What an area of the screen shows; null when it is not within the screen.
     QImage picture(QRect area);
     QColor colourAt(QPoint position);
@@ -60,6 +63,7 @@ private:
     template <typename T> QList<T> values(xcb_window_t window, const QByteArray &name);
     QString atomName(xcb_atom_t atom);
     QRect geometry(xcb_window_t window);
+    QRect unmanaged(qint64 pid, const QByteArray &type);
     bool belongsTo(xcb_window_t window, qint64 pid);
 
     xcb_connection_t *m_connection = nullptr;
