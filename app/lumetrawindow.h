@@ -21,6 +21,7 @@
 
 class Announcer;
 class ApplicationIcons;
+class CellFilling;
 class CellTable;
 class MiniSpeedWidget;
 class QAction;
@@ -167,9 +168,11 @@ private:
     void rulesTableItemChanged(QTableWidgetItem *item);
     QWidget *buildRulesPage();
     void buildRulesTable();
-    /// Rebuilds the table from rules and samples. An open cell editor is carried over. Where nobody
-    /// can tell whether it was rebuilt, it is not.
+    /// Rebuilds the table from rules and samples. An open cell editor is carried over.
     void refreshRulesTable();
+    /// Fills the rules table's rows, which are as many as these contents need and whose cells have
+    /// moved down by `shift` rows since the last time.
+    void fillRulesTable(const RulesContents &contents, int shift);
     void clearAllRules();
     /// Menus of the two tables; `position` in the table's viewport.
     void showAppsTableMenu(QPoint position);
@@ -201,9 +204,10 @@ private:
     void refreshAppsTable();
     /// Fills the applications table's rows, which are as many as these samples need.
     void fillAppsTable(const QList<AppSample> &shown);
-    void setAppRow(int row, const QString &name, const QString &dlRate, const QString &ulRate,
-                   const QString &priority, const QString &dlLimit, const QString &ulLimit,
-                   const QString &block, const QString &sockets, bool systemRow);
+    void setAppRow(CellFilling &filling, int row, const QString &name, const QString &dlRate,
+                   const QString &ulRate, const QString &priority, const QString &dlLimit,
+                   const QString &ulLimit, const QString &block, const QString &sockets,
+                   bool systemRow);
     /// The application's own icon, or the program's; remembered from the first answer on.
     QIcon appIcon(const QString &name);
     /// Fills the Info View from a row of the applications table.

@@ -92,13 +92,13 @@ void LumetraWindow::refreshAppsTable()
 
 void LumetraWindow::fillAppsTable(const QList<AppSample> &shown)
 {
-    const CellFilling quietly(*appsTable);
+    CellFilling filling(*appsTable);
     const QString downRate = formatRate(traffic.currentDownBytes);
     const QString upRate = formatRate(traffic.currentUpBytes);
     const QString noRate = formatRate(0);
     if (settings.showSystemRow) {
-        setAppRow(0, u"This PC"_s, downRate, upRate, u"Normal"_s, u"Off"_s, u"Off"_s, u"Off"_s,
-                  QString::number(samples.size()), true);
+        setAppRow(filling, 0, u"This PC"_s, downRate, upRate, u"Normal"_s, u"Off"_s, u"Off"_s,
+                  u"Off"_s, QString::number(samples.size()), true);
     }
 
     const int firstAppRow = settings.showSystemRow ? 1 : 0;
@@ -108,13 +108,13 @@ void LumetraWindow::fillAppsTable(const QList<AppSample> &shown)
         appPaths.insert(sample.name, sample.path);
         // Nobody counts octets per process: the machine's traffic stands on one row.
         const bool carriesRates = i == 0 && !settings.showSystemRow;
-        setAppRow(firstAppRow + i, "  "_L1 + sample.name, carriesRates ? downRate : noRate,
+        setAppRow(filling, firstAppRow + i, "  "_L1 + sample.name, carriesRates ? downRate : noRate,
                   carriesRates ? upRate : noRate, u"Normal"_s, defaultLimit, defaultLimit, u"Off"_s,
                   QString::number(sample.socketTotal()), false);
     }
 
     if (!settings.showSystemRow && shown.isEmpty()) {
-        setAppRow(0, u"No matching apps"_s, noRate, noRate, u"Normal"_s, u"Off"_s, u"Off"_s,
-                  u"Off"_s, u"0"_s, false);
+        setAppRow(filling, 0, u"No matching apps"_s, noRate, noRate, u"Normal"_s, u"Off"_s,
+                  u"Off"_s, u"Off"_s, u"0"_s, false);
     }
 }

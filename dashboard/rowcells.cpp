@@ -3,7 +3,7 @@
 #include "app/formatting.h"
 #include "assets/images.h"
 #include "dashboard/applicationicons.h"
-#include "widgets/celltable.h"
+#include "widgets/tablecells.h"
 
 #include <algorithm>
 #include <array>
@@ -22,8 +22,8 @@ QString limitText(int kbps, int defaultKbps)
 
 } // namespace
 
-void LumetraWindow::setAppRow(int row, const QString &name, const QString &dlRate,
-                              const QString &ulRate, const QString &priority,
+void LumetraWindow::setAppRow(CellFilling &filling, int row, const QString &name,
+                              const QString &dlRate, const QString &ulRate, const QString &priority,
                               const QString &dlLimit, const QString &ulLimit, const QString &block,
                               const QString &sockets, bool systemRow)
 {
@@ -44,21 +44,18 @@ void LumetraWindow::setAppRow(int row, const QString &name, const QString &dlRat
     const std::array checked{rule.dlLimit, rule.ulLimit, rule.blocked};
 
     for (int column = 0; column < static_cast<int>(texts.size()); ++column) {
-        auto *item = new QTableWidgetItem(texts.at(static_cast<std::size_t>(column)));
+        CellContent cell{texts.at(static_cast<std::size_t>(column))};
+        cell.isCentred = column > 0;
         if (column == 0 && ruled)
-            item->setIcon(appIcon(key));
+            cell.icon = appIcon(key);
         if (systemRow) {
-            item->setBackground(QColor(u"#0ea5e9"_s));
-            item->setForeground(QColor(Qt::white));
+            cell.background = QColor(u"#0ea5e9"_s);
+            cell.foreground = Qt::white;
         }
-        if (column > 0)
-            item->setTextAlignment(Qt::AlignCenter);
         const auto rulePart = static_cast<std::size_t>(column - firstRuleColumn);
-        if (column >= firstRuleColumn && rulePart < checked.size() && !systemRow) {
-            item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
-            item->setCheckState(checked.at(rulePart) ? Qt::Checked : Qt::Unchecked);
-        }
-        appsTable->setItem(row, column, item);
+        if (column >= firstRuleColumn && rulePart < checked.size() && !systemRow)
+            cell.checked = checked.at(rulePart);
+        filling.set(row, column, cell);
     }
 }
 

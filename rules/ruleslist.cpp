@@ -21,17 +21,14 @@ bool passesMode(const AppRule &rule, const QString &mode)
     return false;
 }
 
-/// Socket totals of the sampled applications and of those that only have a rule.
-QHash<QString, qint32> socketsByName(const QList<AppSample> &samples, const RuleMap &rules)
+/// Socket totals of the sampled applications.
+QHash<QString, qint32> socketsByName(const QList<AppSample> &samples)
 {
     QHash<QString, qint32> sockets;
+    sockets.reserve(samples.size());
     for (const AppSample &sample : samples) {
         if (!sockets.contains(sample.name))
             sockets.insert(sample.name, sample.socketTotal());
-    }
-    for (auto rule = rules.keyBegin(); rule != rules.keyEnd(); ++rule) {
-        if (!sockets.contains(*rule))
-            sockets.insert(*rule, 0);
     }
     return sockets;
 }
@@ -47,12 +44,17 @@ QList<ListedRule> listedRules(const QList<AppSample> &samples, const RuleMap &ru
         ListedRule listed;
     };
     std::vector<Entry> entries;
-    const QHash<QString, qint32> sockets = socketsByName(samples, rules);
-    for (auto app = sockets.cbegin(); app != sockets.cend(); ++app) {
-        const AppRule rule = ruleFor(rules, app.key());
-        if (passesMode(rule, filter.mode) && app.key().contains(filter.text, Qt::CaseInsensitive))
-            entries.push_back({app.key().toLower(), {app.key(), rule, app.value()}});
-    }
+    entries.reserve(static_cast<std::size_t>(rules.size() + samples.size()));
+    const auto add = [&](const QString &name, const AppRule &rule, qint32 sockets) {
+        if (passesMode(rule, filter.mode)
+            && (filter.text.isEmpty() || name.contains(filter.text, Qt::CaseInsensitive)))
+            entries.push_back({name.toLower(), {name, rule, sockets}});
+    };
+    QHash<QString, qint32> sockets = socketsByName(samples);
+    for (const auto &[name, rule] : rules.asKeyValueRange())
+        add(name, rule, sockets.take(name));
+    for (const auto &[name, count] : std::as_const(sockets).asKeyValueRange())
+        add(name, {}, count);
 
     // Names that differ in letter case alone must not change places from one refresh to the next.
     std::ranges::sort(entries, [](const Entry &left, const Entry &right) {
@@ -63,4 +65,23 @@ QList<ListedRule> listedRules(const QList<AppSample> &samples, const RuleMap &ru
     for (Entry &entry : entries)
         listed.append(std::move(entry.listed));
     return listed;
+}
+
+std::vector<int> rowsBefore(const QList<ListedRule> &before, const QList<ListedRule> &now)
+{
+    std::vector<int> rows(static_cast<std::size_t>(now.size()), -1);
+    // Most often the same applications are listed as before.
+    const auto shorter = std::min(before.size(), now.size());
+    qsizetype same = 0;
+    while (same < shorter && before.at(same).name == now.at(same).name) {
+        rows[static_cast<std::size_t>(same)] = static_cast<int>(same);
+        ++same;
+    }
+    QHash<QString, int> places;
+    places.reserve(before.size() - same);
+    for (qsizetype row = same; row < before.size(); ++row)
+        places.insert(before.at(row).name, static_cast<int>(row));
+    for (qsizetype row = same; row < now.size(); ++row)
+        rows[static_cast<std::size_t>(row)] = places.value(now.at(row).name, -1);
+    return rows;
 }

@@ -6,6 +6,8 @@
 #include <QList>
 #include <QString>
 
+#include <vector>
+
 /// What the Rules Manager is asked to show.
 struct RulesFilter
 {
@@ -35,3 +37,6 @@ struct RulesContents
 /// All applications that were sampled or have a rule and pass the filter, by lower-cased name.
 QList<ListedRule> listedRules(const QList<AppSample> &samples, const RuleMap &rules,
                               const RulesFilter &filter);
+
+/// For each row of `now` the one that its application had in `before`, or -1.
+std::vector<int> rowsBefore(const QList<ListedRule> &before, const QList<ListedRule> &now);

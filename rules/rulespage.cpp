@@ -16,45 +16,63 @@
 #include <array>
 #include <optional>
 #include <utility>
+#include <vector>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
 /// Puts the eight cells of one application into a row.
-void setRuleRow(QTableWidget &table, int row, const ListedRule &listed, int defaultLimitKbps)
+void setRuleRow(CellFilling &filling, const QTableWidget &table, int row, const ListedRule &listed,
+                int defaultLimitKbps)
 {
-    struct Cell
-    {
-        QString text;
-        std::optional<bool> checked; ///< no value for a cell without check box
-    };
     const AppRule &rule = listed.rule;
     const auto limitText = [defaultLimitKbps](int kbps) {
         return QString::number(kbps > 0 ? kbps : defaultLimitKbps);
     };
-    const std::array cells{
-        Cell{listed.name, {}},
-        Cell{rule.priority, {}},
-        Cell{{}, rule.dlLimit},
-        Cell{{}, rule.ulLimit},
-        Cell{{}, rule.blocked},
-        Cell{limitText(rule.dlKbps), {}},
-        Cell{limitText(rule.ulKbps), {}},
-        Cell{QString::number(listed.sockets), {}},
+    std::array cells{
+        CellContent{listed.name},
+        CellContent{rule.priority},
+        CellContent{.checked = rule.dlLimit},
+        CellContent{.checked = rule.ulLimit},
+        CellContent{.checked = rule.blocked},
+        CellContent{limitText(rule.dlKbps)},
+        CellContent{limitText(rule.ulKbps)},
+        CellContent{QString::number(listed.sockets)},
     };
     int column = 0;
-    for (const Cell &cell : cells) {
-        auto *item = new QTableWidgetItem(cell.text);
-        if (cell.checked) {
-            item->setFlags(item->flags() | Qt::ItemIsUserCheckable);
-            item->setCheckState(*cell.checked ? Qt::Checked : Qt::Unchecked);
-            item->setData(Qt::AccessibleTextRole, table.horizontalHeaderItem(column)->text());
-        }
-        if (column > 0)
-            item->setTextAlignment(Qt::AlignCenter);
-        table.setItem(row, column++, item);
+    for (CellContent &cell : cells) {
+        cell.isCentred = column > 0;
+        if (cell.checked)
+            cell.accessibleText = table.horizontalHeaderItem(column)->text();
+        filling.set(row, column++, cell);
     }
+}
+
+/// Leaves the one row of a table without applications.
+void setPlaceholderRow(CellFilling &filling, const QTableWidget &table)
+{
+    filling.set(0, 0, {u"No rules or active apps"_s});
+    for (int column = 1; column < table.columnCount(); ++column)
+        filling.clear(0, column);
+}
+
+/// Leads the cells that the table of these contents had, and that have moved down by `shift` since,
+/// to the rows where their applications are now. Returns the row that each application had, or -1
+/// where nothing of its row is left.
+std::vector<int> keepRows(CellFilling &filling, const RulesContents &before,
+                          const RulesContents &now, int shift)
+{
+    std::vector<int> rows = rowsBefore(before.rows, now.rows);
+    std::vector<int> places;
+    for (int &row : rows) {
+        const int place = row + shift;
+        if (row < 0 || place < 0 || std::cmp_greater_equal(place, rows.size()))
+            row = -1;
+        places.push_back(row < 0 ? -1 : place);
+    }
+    filling.moveRows(places);
+    return rows;
 }
 
 } // namespace
@@ -126,25 +144,37 @@ void LumetraWindow::refreshRulesTable()
         return;
     RulesContents contents{listedRules(samples, rules, {rulesFilterMode, rulesFilterText}),
                            settings.defaultLimitKbps};
-    // Most ticks find nothing new on a page that is not even shown. The rebuilding would drop what
-    // is selected, and with it the editor, so it is done where something is.
-    if (contents == rulesTableContents && !rulesTable->isVisible()
-        && !rulesTable->selectionModel()->hasSelection() && !rulesTable->currentIndex().isValid())
-        return;
-
     const QScopedValueRollback filling(fillingRulesTable, true);
     const auto inUse = std::ranges::find(contents.rows, rulesTable->nameInUse(), &ListedRule::name);
-    rulesTable->setRows(
+    const int shift = rulesTable->setRows(
         static_cast<int>(std::max<qsizetype>(contents.rows.size(), 1)),
         inUse == contents.rows.end() ? -1 : static_cast<int>(inUse - contents.rows.begin()));
-    {
-        const CellFilling quietly(*rulesTable);
-        if (contents.rows.isEmpty())
-            rulesTable->setItem(0, 0, new QTableWidgetItem(u"No rules or active apps"_s));
-        for (int row = 0; row < contents.rows.size(); ++row)
-            setRuleRow(*rulesTable, row, contents.rows.at(row), contents.defaultLimitKbps);
-    }
+    fillRulesTable(contents, shift);
     rulesTableContents = std::move(contents);
+}
+
+void LumetraWindow::fillRulesTable(const RulesContents &contents, int shift)
+{
+    CellFilling filling(*rulesTable);
+    if (contents.rows.isEmpty()) {
+        setPlaceholderRow(filling, *rulesTable);
+        return;
+    }
+    // Of thousands of rules most have neither changed nor moved.
+    std::vector<int> kept;
+    if (rulesTableContents)
+        kept = keepRows(filling, *rulesTableContents, contents, shift);
+    const bool sameDefaults
+        = rulesTableContents && rulesTableContents->defaultLimitKbps == contents.defaultLimitKbps;
+    const auto isShown = [&](int row) {
+        const int before = sameDefaults ? kept[static_cast<std::size_t>(row)] : -1;
+        return before >= 0 && rulesTableContents->rows.at(before) == contents.rows.at(row)
+            && filling.isUntouched(row);
+    };
+    for (int row = 0; row < contents.rows.size(); ++row) {
+        if (!isShown(row))
+            setRuleRow(filling, *rulesTable, row, contents.rows.at(row), contents.defaultLimitKbps);
+    }
 }
 
 void LumetraWindow::clearAllRules()

@@ -122,7 +122,7 @@ bool CellTable::postpone(std::function<void()> rebuild)
     return true;
 }
 
-void CellTable::setRows(int rows, int rowInUse)
+int CellTable::setRows(int rows, int rowInUse)
 {
     if (rowInUse < 0) {
         const int row = std::min(currentRow(), rows - 1);
@@ -134,7 +134,7 @@ void CellTable::setRows(int rows, int rowInUse)
             const QuietCurrentCell quietly(*this);
             setCurrentCell(row, column, QItemSelectionModel::NoUpdate);
         }
-        return;
+        return 0;
     }
 
     const bool wasInView = isInView(currentIndex());
@@ -153,6 +153,7 @@ void CellTable::setRows(int rows, int rowInUse)
                                  : QItemSelectionModel::Clear);
     if (wasInView && !isInView(cell))
         scrollTo(cell);
+    return shift;
 }
 
 void CellTable::dropEdit()

@@ -36,8 +36,8 @@ public:
     /// Gives the table this many rows, whose cells are to be filled anew. The row in use becomes
     /// `rowInUse`, an open editor moving along as it is; nothing else stays current or selected.
     /// Where `rowInUse` is negative, what the user is at is dropped, and the keyboard goes on from
-    /// the row that is where the user was.
-    void setRows(int rows, int rowInUse);
+    /// the row that is where the user was. Returns by how many rows the cells have moved down.
+    int setRows(int rows, int rowInUse);
     /// Closes an open editor, as Escape does: nothing is written. Nor does what the user goes on
     /// typing count, until a key or a click that is meant for the table or a pause of a second.
     void dropEdit();

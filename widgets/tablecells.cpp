@@ -1,21 +1,86 @@
 #include "widgets/tablecells.h"
 
-#include <QIcon>
+#include <QBrush>
 #include <QTableWidget>
+#include <QVariant>
 
 #include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <utility>
 
 namespace {
 
-/// Whether two cells, each of which may have no item, cannot be told apart by who sees them.
-bool looksAlike(const QTableWidgetItem *left, const QTableWidgetItem *right)
+constexpr Qt::Alignment centred = Qt::AlignCenter;
+
+QVariant alignment(const CellContent &content)
 {
-    if (!left || !right)
-        return left == right;
-    const auto isSame = [left, right](int role) { return left->data(role) == right->data(role); };
-    return isSame(Qt::DisplayRole) && left->flags() == right->flags() && isSame(Qt::CheckStateRole)
-        && isSame(Qt::TextAlignmentRole) && isSame(Qt::BackgroundRole) && isSame(Qt::ForegroundRole)
-        && left->icon().cacheKey() == right->icon().cacheKey();
+    return content.isCentred ? QVariant::fromValue(centred) : QVariant();
+}
+
+Qt::ItemFlags flags(const CellContent &content)
+{
+    static const Qt::ItemFlags usual = QTableWidgetItem().flags();
+    return content.checked ? usual | Qt::ItemIsUserCheckable : usual;
+}
+
+/// A cell that knows whether anybody has written into it since it was made.
+class FilledItem final : public QTableWidgetItem
+{
+public:
+    static constexpr int filledType = UserType;
+
+    explicit FilledItem(const CellContent &content) : QTableWidgetItem(content.text, filledType)
+    {
+        if (!content.accessibleText.isEmpty())
+            setData(Qt::AccessibleTextRole, content.accessibleText);
+        if (content.checked) {
+            setFlags(::flags(content));
+            setCheckState(*content.checked ? Qt::Checked : Qt::Unchecked);
+        }
+        if (content.isCentred)
+            setTextAlignment(centred);
+        if (!content.icon.isNull())
+            setIcon(content.icon);
+        if (content.background.isValid())
+            setBackground(content.background);
+        if (content.foreground.isValid())
+            setForeground(content.foreground);
+        isUntouched = true;
+    }
+
+    void setData(int role, const QVariant &value) override
+    {
+        isUntouched = false;
+        QTableWidgetItem::setData(role, value);
+    }
+
+    bool isUntouched = false;
+};
+
+bool isUntouchedItem(const QTableWidgetItem *item)
+{
+    return item && item->type() == FilledItem::filledType
+        && static_cast<const FilledItem *>(item)->isUntouched;
+}
+
+bool isColour(const QVariant &brush, const QColor &colour)
+{
+    return colour.isValid() ? brush.value<QBrush>() == QBrush(colour) : !brush.isValid();
+}
+
+/// Whether who sees or hears a cell cannot tell it from a new one of this content.
+bool shows(const QTableWidgetItem &item, const CellContent &content)
+{
+    const QVariant checked = item.data(Qt::CheckStateRole);
+    return isUntouchedItem(&item) && item.text() == content.text && item.flags() == flags(content)
+        && checked.isValid() == content.checked.has_value()
+        && (checked.toInt() == Qt::Checked) == content.checked.value_or(false)
+        && item.data(Qt::AccessibleTextRole).toString() == content.accessibleText
+        && item.data(Qt::TextAlignmentRole) == alignment(content)
+        && item.icon().cacheKey() == content.icon.cacheKey()
+        && isColour(item.data(Qt::BackgroundRole), content.background)
+        && isColour(item.data(Qt::ForegroundRole), content.foreground);
 }
 
 } // namespace
@@ -35,64 +100,92 @@ QuietCurrentCell::~QuietCurrentCell()
     table.setEditTriggers(editTriggers);
 }
 
-CellFilling::CellFilling(QTableWidget &filled)
-    : table(filled),
-      modelBlocker(filled.model()),
-      oldColumns(static_cast<std::size_t>(filled.columnCount()))
+CellFilling::CellFilling(QTableWidget &filled) : table(filled), modelBlocker(filled.model())
 {
     Q_ASSERT(!table.isSortingEnabled());
-    oldItems.reserve(static_cast<std::size_t>(table.rowCount()) * oldColumns);
-    for (int row = 0; row < table.rowCount(); ++row) {
-        for (int column = 0; column < table.columnCount(); ++column)
-            oldItems.emplace_back(table.takeItem(row, column));
-    }
 }
 
 CellFilling::~CellFilling()
 {
     modelBlocker.unblock();
     QAbstractItemModel &model = *table.model();
-    for (const Cells &cells : changes()) {
-        Q_EMIT model.dataChanged(model.index(cells.firstRow, cells.columns.first),
-                                 model.index(cells.lastRow, cells.columns.last));
+    for (const Cells &cells : changes) {
+        Q_EMIT model.dataChanged(model.index(cells.firstRow, cells.firstColumn),
+                                 model.index(cells.lastRow, cells.lastColumn));
     }
 }
 
-CellFilling::Columns CellFilling::changedColumns(int row) const
+void CellFilling::set(int row, int column, const CellContent &content)
 {
-    Columns changed{table.columnCount(), -1};
-    for (int column = 0; column < table.columnCount(); ++column) {
-        const auto place
-            = static_cast<std::size_t>(row) * oldColumns + static_cast<std::size_t>(column);
-        const QTableWidgetItem *old = place < oldItems.size() ? oldItems[place].get() : nullptr;
-        if (looksAlike(old, table.item(row, column)))
-            continue;
-        changed.first = std::min(changed.first, column);
-        changed.last = column;
-    }
-    return changed;
+    const QTableWidgetItem *item = table.item(row, column);
+    if (item && shows(*item, content))
+        return;
+    table.setItem(row, column, new FilledItem(content));
+    note({row, row, column, column});
 }
 
-std::vector<CellFilling::Cells> CellFilling::changes() const
+bool CellFilling::isUntouched(int row) const
+{
+    for (int column = 0; column < table.columnCount(); ++column) {
+        if (!isUntouchedItem(table.item(row, column)))
+            return false;
+    }
+    return true;
+}
+
+void CellFilling::clear(int row, int column)
+{
+    if (!table.item(row, column))
+        return;
+    delete table.takeItem(row, column);
+    note({row, row, column, column});
+}
+
+void CellFilling::moveRows(const std::vector<int> &from)
+{
+    Q_ASSERT(std::cmp_equal(from.size(), table.rowCount()));
+    const auto columns = static_cast<std::size_t>(table.columnCount());
+    const auto cell = [columns](int row, int column) {
+        return static_cast<std::size_t>(row) * columns + static_cast<std::size_t>(column);
+    };
+    std::vector<int> moving;
+    for (int row = 0; row < table.rowCount(); ++row) {
+        if (from[static_cast<std::size_t>(row)] != row)
+            moving.push_back(row);
+    }
+    if (moving.empty())
+        return;
+
+    std::vector<std::unique_ptr<QTableWidgetItem>> items(from.size() * columns);
+    for (const int row : moving) {
+        for (int column = 0; column < table.columnCount(); ++column)
+            items[cell(row, column)].reset(table.takeItem(row, column));
+    }
+    for (const int row : moving) {
+        const int source = from[static_cast<std::size_t>(row)];
+        for (int column = 0; column < table.columnCount() && source >= 0; ++column) {
+            if (items[cell(source, column)])
+                table.setItem(row, column, items[cell(source, column)].release());
+        }
+    }
+    note({moving.front(), moving.back(), 0, table.columnCount() - 1});
+}
+
+void CellFilling::note(const Cells &cells)
 {
     // More ranges would cost more in layouts than the cells between them do in painting. The first
     // is most often in the machine's row alone; the second takes in all that follow.
     constexpr std::size_t mostRanges = 2;
-    std::vector<Cells> ranges;
-    for (int row = 0; row < table.rowCount(); ++row) {
-        const Columns columns = changedColumns(row);
-        if (columns.last < columns.first)
-            continue;
-        if (ranges.empty() || (ranges.back().lastRow != row - 1 && ranges.size() < mostRanges)) {
-            ranges.push_back({row, row, columns});
-            continue;
-        }
-        Cells &range = ranges.back();
-        range.lastRow = row;
-        range.columns.first = std::min(range.columns.first, columns.first);
-        range.columns.last = std::max(range.columns.last, columns.last);
+    if (changes.empty()
+        || (changes.back().lastRow < cells.firstRow - 1 && changes.size() < mostRanges)) {
+        changes.push_back(cells);
+        return;
     }
-    return ranges;
+    Cells &range = changes.back();
+    range.firstRow = std::min(range.firstRow, cells.firstRow);
+    range.lastRow = std::max(range.lastRow, cells.lastRow);
+    range.firstColumn = std::min(range.firstColumn, cells.firstColumn);
+    range.lastColumn = std::max(range.lastColumn, cells.lastColumn);
 }
 
 void selectCell(QTableWidget &table, int row, int column)

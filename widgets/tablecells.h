@@ -1,10 +1,12 @@
 #pragma once
 
 #include <QAbstractItemView>
+#include <QColor>
+#include <QIcon>
 #include <QSignalBlocker>
-#include <QTableWidgetItem>
+#include <QString>
 
-#include <memory>
+#include <optional>
 #include <vector>
 
 class QTableWidget;
@@ -24,11 +26,26 @@ private:
     bool autoScroll;
 };
 
-/// While it lives, the cells of a table that does not sort are empty, to be filled anew, and the
-/// model is silent; at its end it says which cells show something else than before. For each change
-/// that it hears of the view lays out all columns that follow their contents, which takes time with
-/// the square of the rows; and it measures and paints what it hears of, which takes longer than all
+/// All that a cell of a table shows and tells.
+struct CellContent
+{
+    QString text = {};
+    QString accessibleText = {}; ///< said in the text's place; empty where the text is said
+    std::optional<bool> checked = {}; ///< no value for a cell without check box
+    bool isCentred = false;
+    QIcon icon = {};
+    QColor background = {}; ///< invalid for the table's own
+    QColor foreground = {}; ///< invalid for the table's own
+};
+
+/// While it lives, the cells of a table that does not sort are filled anew, and the model is
+/// silent; at its end it says which cells show something else than before. For each change that it
+/// hears of the view lays out all columns that follow their contents, which takes time with the
+/// square of the rows; and it measures and paints what it hears of, which takes longer than all
 /// else in a tick.
+///
+/// A cell that shows already what it is to show, and that nobody has written into, is left as it
+/// is: to compare an item takes a fraction of what it takes to make one.
 ///
 /// The silence hides nothing that the view would need meanwhile. From Qt 6.4 to 6.8
 /// QTableWidget::takeItem() and setItem() exchange an item in its place and have the model say
@@ -42,28 +59,30 @@ public:
     ~CellFilling();
     Q_DISABLE_COPY_MOVE(CellFilling)
 
+    void set(int row, int column, const CellContent &content);
+    /// Whether each of the row's cells was filled and not written into since.
+    bool isUntouched(int row) const;
+    /// Leaves nothing in a cell.
+    void clear(int row, int column);
+    /// Gives each row the cells of another one, which may be itself: row i those of row `from[i]`,
+    /// or none where that is negative. No row may be taken twice; what no row takes is gone.
+    void moveRows(const std::vector<int> &from);
+
 private:
-    struct Columns
-    {
-        int first;
-        int last; ///< below `first` when there is none
-    };
     struct Cells
     {
         int firstRow;
         int lastRow;
-        Columns columns;
+        int firstColumn;
+        int lastColumn;
     };
 
-    /// From the first to the last cell of a row that shows something else than before.
-    Columns changedColumns(int row) const;
-    /// The few ranges that all changes are in.
-    std::vector<Cells> changes() const;
+    /// Adds cells to the few ranges that all changes are in.
+    void note(const Cells &cells);
 
     QTableWidget &table;
     QSignalBlocker modelBlocker;
-    std::size_t oldColumns;
-    std::vector<std::unique_ptr<QTableWidgetItem>> oldItems; ///< row by row
+    std::vector<Cells> changes;
 };
 
 /// Makes a cell current and selects its row alone, without editing the cell.

@@ -116,6 +116,23 @@ private Q_SLOTS:
         QCOMPARE(names(listedRules({}, rules, {u"All"_s, u".*"_s})), QStringList({u"fox.*"_s}));
         QCOMPARE(names(listedRules({}, rules, {u"Blocked"_s, u"fox"_s})), QStringList());
     }
+
+    void rowsAreFoundAgainByTheirNames()
+    {
+        const auto rows = [](const QStringList &texts) {
+            QList<ListedRule> listed;
+            for (const QString &text : texts)
+                listed.append({text, {}, static_cast<qint32>(listed.size())});
+            return listed;
+        };
+        const auto before = rows({u"a"_s, u"b"_s, u"c"_s, u"d"_s});
+        QCOMPARE(rowsBefore(before, before), std::vector({0, 1, 2, 3}));
+        QCOMPARE(rowsBefore(before, rows({u"a"_s, u"c"_s, u"cc"_s, u"d"_s})),
+                 std::vector({0, 2, -1, 3}));
+        QCOMPARE(rowsBefore(before, rows({u"A"_s, u"a"_s})), std::vector({-1, 0}));
+        QCOMPARE(rowsBefore({}, rows({u"a"_s})), std::vector({-1}));
+        QCOMPARE(rowsBefore(before, {}), std::vector<int>());
+    }
 };
 
 TOVAN_APPLESS_TEST(ruleslist_test, RulesListTest)

@@ -238,14 +238,12 @@ private:
         const std::optional<QString> inUse = table->nameInUse();
         table->setRows(static_cast<int>(names.size()),
                        inUse ? static_cast<int>(names.indexOf(*inUse)) : -1);
-        const CellFilling filling(*table);
+        CellFilling filling(*table);
         for (int row = 0; row < table->rowCount(); ++row) {
-            table->setItem(row, Name, new QTableWidgetItem(names.at(row)));
-            table->setItem(row, Text, new QTableWidgetItem(text));
-            auto *box = new QTableWidgetItem;
-            box->setCheckState(Qt::Unchecked);
-            table->setItem(row, Box, box);
-            table->setItem(row, Number, new QTableWidgetItem(QString::number(row)));
+            filling.set(row, Name, {names.at(row)});
+            filling.set(row, Text, {text});
+            filling.set(row, Box, {.checked = false});
+            filling.set(row, Number, {QString::number(row)});
         }
     }
 

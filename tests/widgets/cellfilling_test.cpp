@@ -2,6 +2,7 @@
 #include "widgets/tablecells.h"
 
 #include <QAbstractItemModelTester>
+#include <QIcon>
 #include <QMetaMethod>
 #include <QSignalSpy>
 #include <QTableWidget>
@@ -48,7 +49,9 @@ private:
 
 } // namespace
 
-/// What the view of a table hears while all items are exchanged.
+Q_DECLARE_METATYPE(CellContent)
+
+/// What a table shows after it was filled, and what its view hears of it.
 class CellFillingTest : public QObject
 {
     Q_OBJECT
@@ -57,7 +60,8 @@ private Q_SLOTS:
     void init()
     {
         table = std::make_unique<QTableWidget>(rowCount, columns);
-        exchangeItems();
+        CellFilling filling(*table);
+        fill(filling);
     }
 
     void cleanup() { table.reset(); }
@@ -69,10 +73,11 @@ private Q_SLOTS:
         const QList<QPersistentModelIndex> indexes = persistentIndexes();
         const HeardSignals heard(*table->model());
         for (int row = 0; row < rowCount; ++row) {
-            for (int column = 0; column < columns; ++column)
+            for (int column = 0; column < columns; ++column) {
                 delete table->takeItem(row, column);
+                table->setItem(row, column, new QTableWidgetItem);
+            }
         }
-        exchangeItems();
         QCOMPARE(heard.names(), QList{QByteArray("dataChanged")});
         QCOMPARE(persistentIndexes(), indexes);
     }
@@ -84,8 +89,9 @@ private Q_SLOTS:
         const QList<QPersistentModelIndex> indexes = persistentIndexes();
         table->setCurrentCell(2, 1);
         {
-            const CellFilling filling(*table);
-            exchangeItems();
+            CellFilling filling(*table);
+            fill(filling, u"other"_s);
+            filling.moveRows({1, 0, 2, -1, 3, 4});
         }
         QCOMPARE(persistentIndexes(), indexes);
         QCOMPARE(table->currentIndex(), table->model()->index(2, 1));
@@ -95,62 +101,134 @@ private Q_SLOTS:
     void nothingIsSaidBeforeTheEnd()
     {
         const HeardSignals heard(*table->model());
-        const CellFilling filling(*table);
-        exchangeItems();
-        table->item(1, 1)->setText(u"other"_s);
+        CellFilling filling(*table);
+        filling.set(1, 1, {u"other"_s});
+        filling.moveRows({1, 0, 2, 3, 4, 5});
         QCOMPARE(heard.names(), QList<QByteArray>());
     }
 
     void nothingIsSaidOfCellsThatLookAsBefore()
     {
-        QCOMPARE(changesAfter([](QTableWidgetItem *) {}), QList<QPoint>());
+        const QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
+        {
+            CellFilling filling(*table);
+            fill(filling);
+        }
+        QVERIFY(changed.isEmpty());
     }
 
-    void whateverShowsIsSaid_data()
+    void aCellShowsWhatItIsGiven_data()
     {
         QTest::addColumn<int>("role");
         QTest::addColumn<QVariant>("value");
+        QTest::addColumn<CellContent>("content");
 
-        QTest::newRow("text") << int(Qt::DisplayRole) << QVariant(u"other"_s);
-        QTest::newRow("check box") << int(Qt::CheckStateRole) << QVariant(int(Qt::Unchecked));
-        QTest::newRow("alignment") << int(Qt::TextAlignmentRole) << QVariant(int(Qt::AlignRight));
-        QTest::newRow("ground") << int(Qt::BackgroundRole) << QVariant(QBrush(Qt::red));
-        QTest::newRow("colour") << int(Qt::ForegroundRole) << QVariant(QBrush(Qt::red));
         QPixmap pixmap(4, 4);
         pixmap.fill(Qt::red);
-        QTest::newRow("icon") << int(Qt::DecorationRole) << QVariant(QIcon(pixmap));
+        const QIcon icon(pixmap);
+        QTest::newRow("text") << int(Qt::DisplayRole) << QVariant(u"other"_s)
+                              << CellContent{u"other"_s};
+        QTest::newRow("what is said")
+            << int(Qt::AccessibleTextRole) << QVariant(u"said"_s)
+            << CellContent{.text = u"text"_s, .accessibleText = u"said"_s};
+        QTest::newRow("box without a mark") << int(Qt::CheckStateRole) << QVariant(Qt::Unchecked)
+                                            << CellContent{.text = u"text"_s, .checked = false};
+        QTest::newRow("box with a mark") << int(Qt::CheckStateRole) << QVariant(Qt::Checked)
+                                         << CellContent{.text = u"text"_s, .checked = true};
+        QTest::newRow("alignment")
+            << int(Qt::TextAlignmentRole) << QVariant::fromValue(Qt::Alignment(Qt::AlignCenter))
+            << CellContent{.text = u"text"_s, .isCentred = true};
+        QTest::newRow("ground") << int(Qt::BackgroundRole) << QVariant(QBrush(Qt::red))
+                                << CellContent{.text = u"text"_s, .background = Qt::red};
+        QTest::newRow("colour") << int(Qt::ForegroundRole) << QVariant(QBrush(Qt::red))
+                                << CellContent{.text = u"text"_s, .foreground = Qt::red};
+        QTest::newRow("icon") << int(Qt::DecorationRole) << QVariant(icon)
+                              << CellContent{.text = u"text"_s, .icon = icon};
     }
 
-    void whateverShowsIsSaid()
+    /// Each of them in a plain cell, and a plain text in its place again.
+    void aCellShowsWhatItIsGiven()
     {
         QFETCH(int, role);
         QFETCH(QVariant, value);
+        QFETCH(CellContent, content);
 
-        QCOMPARE(changesAfter([&](QTableWidgetItem *item) { item->setData(role, value); }),
-                 QList{QPoint(2, 3)});
+        const auto shown = [this, role] {
+            const QVariant data = table->item(3, 2)->data(role);
+            return role == Qt::DecorationRole ? data.value<QIcon>().cacheKey() : data;
+        };
+        const QVariant plain = shown();
+        const auto expected
+            = role == Qt::DecorationRole ? QVariant(value.value<QIcon>().cacheKey()) : value;
+        QCOMPARE(changesAfter(content), QList{QPoint(2, 3)});
+        QCOMPARE(shown(), expected);
+        QCOMPARE(changesAfter(content), QList<QPoint>());
+        QCOMPARE(changesAfter({u"text"_s}), QList{QPoint(2, 3)});
+        QCOMPARE(shown(), plain);
     }
 
-    void aCellThatCanNoLongerBeUsedIsSaid()
+    void aMarkThatGoesIsSaid()
     {
-        QCOMPARE(changesAfter([](QTableWidgetItem *item) { item->setFlags(Qt::NoItemFlags); }),
-                 QList{QPoint(2, 3)});
+        changesAfter({.text = u"text"_s, .checked = true});
+        QCOMPARE(changesAfter({.text = u"text"_s, .checked = false}), QList{QPoint(2, 3)});
+        QCOMPARE(table->item(3, 2)->checkState(), Qt::Unchecked);
     }
 
-    void aCellWithoutItemIsSaid()
+    /// As an editor does.
+    void whatIsWrittenIntoACellIsReplaced()
     {
-        QCOMPARE(changesAfter([](const QTableWidgetItem *item) { delete item; }),
-                 QList{QPoint(2, 3)});
+        table->item(3, 2)->setText(u"typed"_s);
+        QCOMPARE(changesAfter({u"text"_s}), QList{QPoint(2, 3)});
+        QCOMPARE(table->item(3, 2)->text(), u"text"_s);
+    }
+
+    void aCellThatCouldNotBeUsedIsReplaced()
+    {
+        table->item(3, 2)->setFlags(Qt::NoItemFlags);
+        QCOMPARE(changesAfter({u"text"_s}), QList{QPoint(2, 3)});
+        QVERIFY(table->item(3, 2)->flags().testFlag(Qt::ItemIsEnabled));
+    }
+
+    void aClearedCellIsSaidOnce()
+    {
+        for (const auto &expected : {QList{QPoint(2, 3)}, QList<QPoint>()}) {
+            const QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
+            CellFilling(*table).clear(3, 2);
+            QCOMPARE(cells(changed), expected);
+            QCOMPARE(table->item(3, 2), nullptr);
+        }
+    }
+
+    void rowsMoveAndTheRestGoes()
+    {
+        for (int row = 0; row < rowCount; ++row)
+            table->item(row, 1)->setText(QString::number(row));
+        QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
+        CellFilling(*table).moveRows({0, 2, 3, -1, 1, 5});
+
+        QStringList texts;
+        for (int row = 0; row < rowCount; ++row)
+            texts.append(table->item(row, 1) ? table->item(row, 1)->text() : u"-"_s);
+        QCOMPARE(texts, QStringList({u"0"_s, u"2"_s, u"3"_s, u"-"_s, u"1"_s, u"5"_s}));
+        QCOMPARE(changed.count(), 1);
+        QCOMPARE(cells(changed).front(), QPoint(0, 1));
+        QCOMPARE(cells(changed).back(), QPoint(columns - 1, 4));
+    }
+
+    void rowsThatStayAreNotSaid()
+    {
+        const QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
+        CellFilling(*table).moveRows({0, 1, 2, 3, 4, 5});
+        QVERIFY(changed.isEmpty());
     }
 
     void allChangesAreSaidInTwoRanges()
     {
         QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
         {
-            const CellFilling filling(*table);
-            exchangeItems();
-            table->item(0, 2)->setText(u"other"_s);
-            table->item(2, 3)->setText(u"other"_s);
-            table->item(5, 1)->setText(u"other"_s);
+            CellFilling filling(*table);
+            for (const QPoint cell : {QPoint(2, 0), QPoint(3, 2), QPoint(1, 5)})
+                filling.set(cell.y(), cell.x(), {u"other"_s});
         }
         QCOMPARE(changed.count(), 2);
         const QList<QPoint> heard = cells(changed);
@@ -159,11 +237,11 @@ private Q_SLOTS:
     }
 
 private:
-    void exchangeItems()
+    static void fill(CellFilling &filling, const QString &text = u"text"_s)
     {
         for (int row = 0; row < rowCount; ++row) {
             for (int column = 0; column < columns; ++column)
-                table->setItem(row, column, new QTableWidgetItem(u"text"_s));
+                filling.set(row, column, {text});
         }
     }
 
@@ -177,16 +255,12 @@ private:
         return indexes;
     }
 
-    /// Columns and rows of the cells that are said to have changed after all items are exchanged
-    /// and `change` was made to that of column 2, row 3.
-    template <typename Change> QList<QPoint> changesAfter(const Change &change)
+    /// Columns and rows of the cells that are said to have changed after that of column 2, row 3,
+    /// was given this content.
+    QList<QPoint> changesAfter(const CellContent &content)
     {
-        QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
-        {
-            const CellFilling filling(*table);
-            exchangeItems();
-            change(table->item(3, 2));
-        }
+        const QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
+        CellFilling(*table).set(3, 2, content);
         return cells(changed);
     }
 

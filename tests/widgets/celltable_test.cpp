@@ -16,11 +16,11 @@ void fill(CellTable &table, const QStringList &texts)
 {
     const auto rows = static_cast<int>(texts.size());
     table.setRowCount(rows);
-    const CellFilling quietly(table);
+    CellFilling filling(table);
     for (int row = 0; row < rows; ++row) {
         for (int column = 0; column < table.columnCount(); ++column) {
             const QString text = column == changingColumn ? texts.at(row) : u"same"_s;
-            table.setItem(row, column, new QTableWidgetItem(text));
+            filling.set(row, column, {text});
         }
     }
 }
