@@ -1,10 +1,24 @@
 #include "sampling/linux/ownerprocesses.h"
 
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <utility>
 
 namespace {
 
 constexpr std::uint32_t bitsAWord = 64;
+
+/// A quarter of the descriptors that this process may have, getrlimit(2), and no more than a
+/// desktop's processes need.
+std::size_t mostFolders()
+{
+    constexpr rlim_t enough = 384;
+    rlimit descriptors{};
+    if (::getrlimit(RLIMIT_NOFILE, &descriptors) != 0)
+        return 0;
+    return std::min(descriptors.rlim_cur / 4, enough);
+}
 
 } // namespace
 
@@ -29,6 +43,12 @@ void DescriptorSet::assign(std::span<const std::uint32_t> descriptors)
         m_words[descriptor / bitsAWord] |= std::uint64_t{1} << (descriptor % bitsAWord);
 }
 
+OwnerProcesses::OwnerProcesses(ProcessDirectory &directory)
+    : m_directory(directory),
+      m_mostFolders(mostFolders())
+{
+}
+
 OwnerProcess *OwnerProcesses::find(std::uint32_t pid)
 {
     const auto found = m_slotOf.find(pid);
@@ -43,11 +63,30 @@ std::uint32_t OwnerProcesses::slotOf(std::uint32_t pid)
     if (slot == m_slots.end())
         slot = m_slots.emplace(slot);
     slot->pid = pid;
+    if (m_heldFolders < m_mostFolders)
+        slot->folder = m_directory.openFolder(pid);
+    m_heldFolders += slot->folder ? 1 : 0;
     slot->startTime = m_directory.startTime(pid);
-    slot->files = m_directory.fileSummary(pid).value_or(ProcessDirectory::FileSummary{});
+    slot->files = summaryOf(*slot).value_or(ProcessDirectory::FileSummary{});
     const auto number = static_cast<std::uint32_t>(slot - m_slots.begin());
     m_slotOf.emplace(pid, number);
     return number;
+}
+
+std::optional<ProcessDirectory::FileSummary> OwnerProcesses::summaryOf(OwnerProcess &process)
+{
+    if (process.folder) {
+        if (const auto files = ProcessDirectory::fileSummary(process.folder))
+            return files;
+        release(process);
+    }
+    return m_directory.fileSummary(process.pid);
+}
+
+void OwnerProcesses::release(OwnerProcess &process)
+{
+    m_heldFolders -= process.folder ? 1 : 0;
+    process.folder.reset();
 }
 
 void OwnerProcesses::check()
@@ -55,7 +94,7 @@ void OwnerProcesses::check()
     for (OwnerProcess &process : m_slots) {
         if (process.pid == 0 || process.state == OwnerProcess::State::Gone)
             continue;
-        const auto files = m_directory.fileSummary(process.pid);
+        const auto files = summaryOf(process);
         // The kernel numbers the folder of a process anew when it had dropped it from its cache;
         // only the start time then tells a process from its successor of the same id.
         const bool same = files
@@ -79,6 +118,7 @@ void OwnerProcesses::releaseUnused()
             continue;
         if (process.state != OwnerProcess::State::Gone)
             m_slotOf.erase(process.pid);
+        release(process);
         process = {};
     }
     while (!m_slots.empty() && m_slots.back().pid == 0)

@@ -2,7 +2,9 @@
 
 #include "sampling/linux/processdirectory.h"
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <unordered_map>
 #include <vector>
@@ -35,16 +37,21 @@ struct OwnerProcess
     State state = State::Same;
     bool inUse = false; ///< some remembered socket refers to it
     std::uint64_t startTime = 0; ///< clock ticks since boot
+    FileDescriptor folder; ///< of its descriptors, where it is held
     ProcessDirectory::FileSummary files; ///< at the last check
     DescriptorSet known; ///< descriptors that were looked at and need no second look
 };
 
 /// The processes that own remembered sockets, each at a slot which is its for as long as it is in
 /// use.
+///
+/// The descriptor folders of the first few hundred are held open: to ask the kernel about a path
+/// takes most of the time of asking. The others, and all where descriptors are scarce, are asked by
+/// path.
 class OwnerProcesses
 {
 public:
-    explicit OwnerProcesses(ProcessDirectory &directory) : m_directory(directory) { }
+    explicit OwnerProcesses(ProcessDirectory &directory);
 
     OwnerProcess &at(std::uint32_t slot) { return m_slots[slot]; }
     std::span<OwnerProcess> slots() { return m_slots; }
@@ -63,7 +70,12 @@ public:
     std::size_t heapSize() const;
 
 private:
+    std::optional<ProcessDirectory::FileSummary> summaryOf(OwnerProcess &process);
+    void release(OwnerProcess &process);
+
     ProcessDirectory &m_directory;
+    std::size_t m_mostFolders; ///< how many may be held open
+    std::size_t m_heldFolders = 0;
     std::vector<OwnerProcess> m_slots;
     std::unordered_map<std::uint32_t, std::uint32_t> m_slotOf; ///< of processes not gone
 };

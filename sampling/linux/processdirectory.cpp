@@ -29,6 +29,11 @@ const char *fdPath(PathBuffer &buffer, std::uint32_t pid)
     return buffer.data();
 }
 
+ProcessDirectory::FileSummary summaryOf(const struct stat &folder)
+{
+    return {.identity = folder.st_ino, .count = static_cast<std::uint64_t>(folder.st_size)};
+}
+
 Directory openDirectory(int parent, const char *path)
 {
     FileDescriptor descriptor(::openat(parent, path, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -105,8 +110,30 @@ std::optional<ProcessDirectory::FileSummary> ProcessDirectory::fileSummary(std::
     };
     if (!ready() || ::fstatat(m_directory.get(), fdPath(path, pid), &folder, 0) != 0)
         return std::nullopt;
-    return FileSummary{.identity = folder.st_ino,
-                       .count = static_cast<std::uint64_t>(folder.st_size)};
+    return summaryOf(folder);
+}
+
+std::optional<ProcessDirectory::FileSummary>
+ProcessDirectory::fileSummary(const FileDescriptor &folder)
+{
+    struct stat status
+    {
+    };
+    if (::fstat(folder.get(), &status) != 0 || status.st_nlink == 0)
+        return std::nullopt;
+    return summaryOf(status);
+}
+
+FileDescriptor ProcessDirectory::openFolder(std::uint32_t pid)
+{
+    if (!ready())
+        return {};
+    PathBuffer path;
+    FileDescriptor folder(
+        ::openat(m_directory.get(), fdPath(path, pid), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (folder && fileSummary(folder).value_or(FileSummary{}).count == 0)
+        folder.reset();
+    return folder;
 }
 
 std::uint64_t ProcessDirectory::startTime(std::uint32_t pid)

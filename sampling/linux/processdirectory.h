@@ -27,6 +27,13 @@ public:
     };
     /// No value when there is no such process.
     std::optional<FileSummary> fileSummary(std::uint32_t pid);
+    /// The same of a folder that is held open, a third of the time; no value once its process has
+    /// ended, whoever has its id by then.
+    static std::optional<FileSummary> fileSummary(const FileDescriptor &folder);
+    /// Opens a process's descriptor folder. None when it may not be read or there is no such
+    /// process, or on kernels before 6.2, where a folder that is held does not tell that its
+    /// process has ended.
+    FileDescriptor openFolder(std::uint32_t pid);
 
     /// When the process started, in clock ticks since boot; 0 when it cannot be read.
     std::uint64_t startTime(std::uint32_t pid);

@@ -4,9 +4,14 @@
 #include "tests/sampling/linux/support/unprivileged.h"
 #include "tests/support/testmain.h"
 
+#include <QDir>
 #include <QtTest>
 
+#include <sys/resource.h>
+
 #include <numeric>
+
+using namespace Qt::StringLiterals;
 
 namespace {
 
@@ -56,6 +61,30 @@ QList<quint32> populate(Machine &machine, quint32 processes, quint32 sockets)
         }
     }
     return inodes;
+}
+
+/// How many descriptors the test's process may have as long as this exists.
+class DescriptorLimit
+{
+public:
+    explicit DescriptorLimit(rlim_t descriptors)
+    {
+        ::getrlimit(RLIMIT_NOFILE, &m_before);
+        rlimit limit = m_before;
+        limit.rlim_cur = descriptors;
+        if (::setrlimit(RLIMIT_NOFILE, &limit) != 0)
+            qFatal("setrlimit failed");
+    }
+    ~DescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
+    Q_DISABLE_COPY_MOVE(DescriptorLimit)
+
+private:
+    rlimit m_before{};
+};
+
+qsizetype openDescriptors()
+{
+    return QDir(u"/proc/self/fd"_s).entryList(QDir::Files | QDir::System | QDir::Dirs).size();
 }
 
 } // namespace
@@ -238,6 +267,26 @@ private Q_SLOTS:
         machine.searched();
         QCOMPARE(machine.askTcp({1201}), Pids{12});
         QCOMPARE(machine.searched(), Pids{});
+    }
+
+    /// Of 64 descriptors the folders of processes take 16.
+    void withFewDescriptorsMostProcessesAreAskedByPath()
+    {
+        const DescriptorLimit limit(64);
+        Machine machine;
+        const QList<quint32> inodes = populate(machine, 30, 1);
+        const Pids first = machine.askTcp(inodes);
+        const auto held = openDescriptors();
+
+        for (const quint32 ended : {10U, 39U}) {
+            machine.tree.setSocket(20, 50 + ended, ended * 100 + 1);
+            machine.tree.removeProcess(ended);
+            QCOMPARE(machine.askTcp({ended * 100 + 1, 1501, 3501}), (Pids{20, 15, 35}));
+        }
+        machine.askTcp({});
+        QCOMPARE(held - openDescriptors(), 16);
+        QCOMPARE(machine.askTcp(inodes.mid(1, 28)), first.mid(1, 28));
+        QCOMPARE(openDescriptors(), held);
     }
 
     void aStartTimeIsReadBehindAnyName()
