@@ -32,7 +32,7 @@ public:
     /// right after the first.
     enum class Table : std::uint8_t { Tcp, Udp };
 
-    static constexpr std::uint32_t recheckPeriod = 32;
+    static constexpr std::uint32_t recheckPeriod = 64;
     static constexpr std::uint32_t retryPeriod = 32;
 
     /// `root` is where the process file system is mounted.
