@@ -24,17 +24,17 @@ sed --regexp-extended -e "s#$lint/apart#$1#g" \
         }
         END { print "[" entries "\n]" }' >"$lint/commands.json"
 
-# The toolkit's headers and templates take most of the time, so all that uses widgets has them
-# precompiled: clang finds its own file beside a header. Whether each source includes what it uses, the
-# build with clang tells.
+# The toolkit's headers and templates take most of the time, so all that uses the toolkit has them
+# precompiled, the tests' with them: clang finds its own file beside a header. Whether each source
+# includes what it uses, the build with clang tells.
 headers=$lint/headers.h
-echo '#include <QtWidgets>' >"$headers"
+printf '#include <%s>\n' QtTest QtWidgets >"$headers"
 read -ra compile < <(sed --quiet --regexp-extended \
     's#^ *"command": "[^ ]+ (.*) -Winvalid-pch -x c\+\+-header .*#\1#p' "$lint/commands.json")
 clang++ "${compile[@]}" -Wno-unknown-warning-option -fpch-instantiate-templates \
     -x c++-header "$headers" -o "$headers.pch"
 sed --regexp-extended -e 's# -Winvalid-pch -include [^ ]*/cmake_pch\.hxx##' \
-    -e "s#^( *\"command\": .* -DQT_WIDGETS_LIB .*)( -o )#\1 -include $headers\2#" \
+    -e "s#^( *\"command\": .* -DQT_CORE_LIB .*)( -o )#\1 -include $headers\2#" \
     "$lint/commands.json" >"$lint/compile_commands.json"
 
 # llvm-config is of the same version as clang-tidy, and says where the headers are for its plug-ins.
