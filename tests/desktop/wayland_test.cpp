@@ -11,14 +11,14 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr QSize wholeScreen(1600, 1000);
+constexpr int screenHeight = 1000;
 // Colours that only one thing on the screen has: the sidebar, and the mini monitor's rates.
 const QColor sidebarColour(0x10, 0x18, 0x27);
 const QColor miniColour(0x80, 0xf8, 0xff);
 // Places in the window, whose sidebar begins below the title bar.
 constexpr int titleBarHeight = 34;
 constexpr int sidebarHeight = 766;
-constexpr QPoint titleBar(300, 17);
+constexpr QPoint onTitleBar(300, 17);
 
 /// The program on a Wayland compositor, which shows its screen on an X server and is given that
 /// one's pointer.
@@ -137,8 +137,8 @@ void WaylandTest::theCompositorDragsTheWindow()
     // The second drag shows that the first one has ended for the program too.
     for (const QPoint by : {QPoint(60, 40), QPoint(-30, 20)}) {
         const QPoint before = running.position();
-        QVERIFY(
-            running.drag(before + titleBar, by, [&] { return running.position() == before + by; }));
+        QVERIFY(running.drag(before + onTitleBar, by,
+                             [&] { return running.position() == before + by; }));
     }
     running.click(rulesButton);
     // The pointer covers what is below and to the right of where it clicked.
@@ -164,8 +164,8 @@ void WaylandTest::theWindowIsMaximisedAndRestored()
     const QRect before = running.desktop.screen().boundsOf(sidebarColour);
     running.click(maximizeButton);
     QTRY_COMPARE(running.desktop.screen().boundsOf(sidebarColour).height(),
-                 wholeScreen.height() - titleBarHeight);
-    const QPoint at = running.position() + titleBar;
+                 screenHeight - titleBarHeight);
+    const QPoint at = running.position() + onTitleBar;
     running.desktop.act(u"mousemove %1 %2 click --repeat 2 --delay 20 1"_s.arg(at.x()).arg(at.y()));
     QTRY_COMPARE(running.desktop.screen().boundsOf(sidebarColour), before);
 }
