@@ -168,8 +168,7 @@ void LumetraWindow::fillRulesTable(const RulesContents &contents, int shift)
         = rulesTableContents && rulesTableContents->defaultLimitKbps == contents.defaultLimitKbps;
     const auto isShown = [&](int row) {
         const int before = sameDefaults ? kept[static_cast<std::size_t>(row)] : -1;
-        return before >= 0 && rulesTableContents->rows.at(before) == contents.rows.at(row)
-            && filling.isUntouched(row);
+        return before >= 0 && rulesTableContents->rows.at(before) == contents.rows.at(row);
     };
     for (int row = 0; row < contents.rows.size(); ++row) {
         if (!isShown(row))

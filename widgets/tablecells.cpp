@@ -58,12 +58,6 @@ public:
     bool isUntouched = false;
 };
 
-bool isUntouchedItem(const QTableWidgetItem *item)
-{
-    return item && item->type() == FilledItem::filledType
-        && static_cast<const FilledItem *>(item)->isUntouched;
-}
-
 bool isColour(const QVariant &brush, const QColor &colour)
 {
     return colour.isValid() ? brush.value<QBrush>() == QBrush(colour) : !brush.isValid();
@@ -73,8 +67,9 @@ bool isColour(const QVariant &brush, const QColor &colour)
 bool shows(const QTableWidgetItem &item, const CellContent &content)
 {
     const QVariant checked = item.data(Qt::CheckStateRole);
-    return isUntouchedItem(&item) && item.text() == content.text && item.flags() == flags(content)
-        && checked.isValid() == content.checked.has_value()
+    return item.type() == FilledItem::filledType
+        && static_cast<const FilledItem &>(item).isUntouched && item.text() == content.text
+        && item.flags() == flags(content) && checked.isValid() == content.checked.has_value()
         && (checked.toInt() == Qt::Checked) == content.checked.value_or(false)
         && item.data(Qt::AccessibleTextRole).toString() == content.accessibleText
         && item.data(Qt::TextAlignmentRole) == alignment(content)
@@ -122,15 +117,6 @@ void CellFilling::set(int row, int column, const CellContent &content)
         return;
     table.setItem(row, column, new FilledItem(content));
     note({row, row, column, column});
-}
-
-bool CellFilling::isUntouched(int row) const
-{
-    for (int column = 0; column < table.columnCount(); ++column) {
-        if (!isUntouchedItem(table.item(row, column)))
-            return false;
-    }
-    return true;
 }
 
 void CellFilling::clear(int row, int column)

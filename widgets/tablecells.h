@@ -60,8 +60,6 @@ public:
     Q_DISABLE_COPY_MOVE(CellFilling)
 
     void set(int row, int column, const CellContent &content);
-    /// Whether each of the row's cells was filled and not written into since.
-    bool isUntouched(int row) const;
     /// Leaves nothing in a cell.
     void clear(int row, int column);
     /// Gives each row the cells of another one, which may be itself: row i those of row `from[i]`,
