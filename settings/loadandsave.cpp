@@ -27,8 +27,10 @@ void LumetraWindow::saveSettings()
         trySaving(0ms);
 }
 
+// The last save writes everything, whatever became of those before.
 void LumetraWindow::saveBeforeTheEnd()
 {
+    savedMark.clear();
     trySaving(2s);
 }
 
@@ -41,10 +43,11 @@ bool LumetraWindow::isSaved() const
 
 void LumetraWindow::trySaving(std::chrono::milliseconds patience)
 {
-    savedState = {settings, usage, rules};
-    savedMark.clear();
-    if (const auto store = openStoreToSave(largestStoreSize(savedState), patience)) {
-        writeStore(*store, savedState);
+    const StoredState state{settings, usage, rules};
+    const QByteArray mark = std::exchange(savedMark, {});
+    if (const auto store = openStoreToSave(largestStoreSize(state), patience)) {
+        const bool untouched = !mark.isEmpty() && storeMark() == mark;
+        writeStore(*store, state, untouched ? &savedState : nullptr);
         store->sync();
         if (store->status() == QSettings::NoError)
             savedMark = storeMark();
@@ -53,4 +56,5 @@ void LumetraWindow::trySaving(std::chrono::milliseconds patience)
     } else {
         saveRetryTimer->start(nextRetryDelay(saveRetryTimer->intervalAsDuration()));
     }
+    savedState = state;
 }

@@ -56,23 +56,32 @@ StoredState readStore(QSettings &store, QDate today)
     return state;
 }
 
-void writeStore(QSettings &store, const StoredState &state)
+void writeStore(QSettings &store, const StoredState &state, const StoredState *stored)
 {
     const StoreWriter writer{
         [&store](const QString &key, const QVariant &value) { store.setValue(key, value); },
         [&store](const QString &key) { store.remove(key); }};
+    const auto write = [&](const QString &key, const auto &valueOf) {
+        if (!stored || valueOf(*stored) != valueOf(state))
+            writer.set(key, toStored(valueOf(state)));
+    };
     for (const SettingRow &row : settingsTable()) {
         std::visit(
             [&](const auto &setting) {
-                writer.set(row.key, toStored(state.settings.*setting.field));
+                write(row.key,
+                      [&setting](const StoredState &from) { return from.settings.*setting.field; });
             },
             row.setting);
     }
-    writer.set(dayKeyKey, toStored(state.usage.dayKey));
-    writer.set(monthKeyKey, toStored(state.usage.monthKey));
-    writer.set(todayBytesKey, state.usage.todayBytes);
-    writer.set(monthBytesKey, state.usage.monthBytes);
-    writeRules(store, state.rules, writer);
+    const auto writeUsage = [&write](const QString &key, const auto field) {
+        write(key, [field](const StoredState &from) { return from.usage.*field; });
+    };
+    writeUsage(dayKeyKey, &UsageCounters::dayKey);
+    writeUsage(monthKeyKey, &UsageCounters::monthKey);
+    writeUsage(todayBytesKey, &UsageCounters::todayBytes);
+    writeUsage(monthBytesKey, &UsageCounters::monthBytes);
+    if (!stored || stored->rules != state.rules)
+        writeRules(store, state.rules, writer);
 }
 
 std::chrono::milliseconds nextRetryDelay(std::chrono::milliseconds last)

@@ -25,8 +25,10 @@ StoredState emptyState(QDate today);
 /// Counters without a stored day or month start on `today`.
 StoredState readStore(QSettings &store, QDate today);
 
-/// Writes everything, replacing the stored rules. A rule that asks for nothing is left out.
-void writeStore(QSettings &store, const StoredState &state);
+/// Makes the store hold this state, replacing the stored rules. A rule that asks for nothing is
+/// left out. Only what differs from `stored` is written, which the store is known to hold; without
+/// it, everything.
+void writeStore(QSettings &store, const StoredState &state, const StoredState *stored = nullptr);
 
 /// Bytes that the store's file takes at most once `state` is written.
 qint64 largestStoreSize(const StoredState &state);

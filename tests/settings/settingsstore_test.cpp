@@ -22,6 +22,9 @@ private Q_SLOTS:
     void everythingSavedIsLoaded();
     void keysAndValuesOnDisk();
     void aSaveIsTheSameWhenItIsRepeated();
+    void whateverDiffersFromTheStoreIsWritten_data();
+    void whateverDiffersFromTheStoreIsWritten();
+    void nothingElseIsWritten();
     void rememberRulesOffStillRemembersThem();
     void numbersAreClampedOnLoad_data();
     void numbersAreClampedOnLoad();
@@ -124,6 +127,53 @@ void SettingsStoreTest::aSaveIsTheSameWhenItIsRepeated()
     for (int i = 0; i < 3; ++i)
         save(load());
     QCOMPARE(fileContent(), first);
+}
+
+void SettingsStoreTest::whateverDiffersFromTheStoreIsWritten_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::newRow("rules") << u"rules"_s;
+    save(changedState());
+    const QStringList keys = QSettings(storeFile(), QSettings::IniFormat).allKeys();
+    for (const QString &key : keys) {
+        if (!key.startsWith("rules/"_L1))
+            QTest::newRow(qPrintable(key)) << key;
+    }
+}
+
+/// Key by key: each of them is the only one that is not in the store yet.
+void SettingsStoreTest::whateverDiffersFromTheStoreIsWritten()
+{
+    QFETCH(QString, key);
+    save(changedState());
+    const QByteArray whole = fileContent();
+    QSettings(storeFile(), QSettings::IniFormat).remove(key);
+    const StoredState stored = load();
+    QVERIFY(stored != changedState());
+    {
+        QSettings store(storeFile(), QSettings::IniFormat);
+        writeStore(store, changedState(), &stored);
+    }
+    QCOMPARE(fileContent(), whole);
+}
+
+void SettingsStoreTest::nothingElseIsWritten()
+{
+    const StoredState stored = changedState();
+    save(stored);
+    const QByteArray whole = fileContent();
+    QSettings store(storeFile(), QSettings::IniFormat);
+    const QStringList keys = store.allKeys();
+    store.clear();
+    store.sync();
+    writeStore(store, stored, &stored);
+    QCOMPARE(store.allKeys(), QStringList());
+    StoredState later = stored;
+    ++later.usage.todayBytes;
+    writeStore(store, later, &stored);
+    QCOMPARE(store.allKeys(), QStringList(u"todayBytes"_s));
+    writeStore(store, stored);
+    QCOMPARE(store.allKeys(), keys);
 }
 
 void SettingsStoreTest::rememberRulesOffStillRemembersThem()
