@@ -57,9 +57,12 @@ QList<ListedRule> listedRules(const QList<AppSample> &samples, const RuleMap &ru
         add(name, {}, count);
 
     // Names that differ in letter case alone must not change places from one refresh to the next.
-    std::ranges::sort(entries, [](const Entry &left, const Entry &right) {
+    // The rules are in the order of their names, most often that of the lower-cased ones too.
+    const auto before = [](const Entry &left, const Entry &right) {
         return left.key != right.key ? left.key < right.key : left.listed.name < right.listed.name;
-    });
+    };
+    if (!std::ranges::is_sorted(entries, before))
+        std::ranges::sort(entries, before);
     QList<ListedRule> listed;
     listed.reserve(static_cast<qsizetype>(entries.size()));
     for (Entry &entry : entries)

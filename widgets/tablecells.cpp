@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <memory>
+#include <typeinfo>
 #include <utility>
 
 namespace {
@@ -24,13 +25,41 @@ Qt::ItemFlags flags(const CellContent &content)
     return content.checked ? usual | Qt::ItemIsUserCheckable : usual;
 }
 
+bool isColour(const QVariant &brush, const QColor &colour)
+{
+    return colour.isValid() ? brush.value<QBrush>() == QBrush(colour) : !brush.isValid();
+}
+
+bool isSame(const CellContent &left, const CellContent &right)
+{
+    return left.text == right.text && left.accessibleText == right.accessibleText
+        && left.checked == right.checked && left.isCentred == right.isCentred
+        && left.icon.cacheKey() == right.icon.cacheKey() && left.background == right.background
+        && left.foreground == right.foreground;
+}
+
+} // namespace
+
+QuietCurrentCell::QuietCurrentCell(QTableWidget &quieted)
+    : table(quieted),
+      editTriggers(table.editTriggers()),
+      autoScroll(table.hasAutoScroll())
+{
+    table.setEditTriggers(QAbstractItemView::NoEditTriggers);
+    table.setAutoScroll(false);
+}
+
+QuietCurrentCell::~QuietCurrentCell()
+{
+    table.setAutoScroll(autoScroll);
+    table.setEditTriggers(editTriggers);
+}
+
 /// A cell that knows whether anybody has written into it since it was made.
-class FilledItem final : public QTableWidgetItem
+class CellFilling::Item final : public QTableWidgetItem
 {
 public:
-    static constexpr int filledType = UserType;
-
-    explicit FilledItem(const CellContent &content) : QTableWidgetItem(content.text, filledType)
+    explicit Item(const CellContent &content) : QTableWidgetItem(content.text)
     {
         if (!content.accessibleText.isEmpty())
             setData(Qt::AccessibleTextRole, content.accessibleText);
@@ -55,47 +84,59 @@ public:
         QTableWidgetItem::setData(role, value);
     }
 
+    /// Whether who sees or hears a cell cannot tell it from a new one of this content.
+    static bool shows(const QTableWidgetItem &item, const CellContent &content)
+    {
+        const QVariant checked = item.data(Qt::CheckStateRole);
+        return typeid(item) == typeid(Item) && static_cast<const Item &>(item).isUntouched
+            && item.text() == content.text && item.flags() == ::flags(content)
+            && checked.isValid() == content.checked.has_value()
+            && (checked.toInt() == Qt::Checked) == content.checked.value_or(false)
+            && item.data(Qt::AccessibleTextRole).toString() == content.accessibleText
+            && item.data(Qt::TextAlignmentRole) == alignment(content)
+            && item.icon().cacheKey() == content.icon.cacheKey()
+            && isColour(item.data(Qt::BackgroundRole), content.background)
+            && isColour(item.data(Qt::ForegroundRole), content.foreground);
+    }
+
+private:
     bool isUntouched = false;
 };
 
-bool isColour(const QVariant &brush, const QColor &colour)
+/// Makes items. Cells of a column often have one of a few contents; then what they show is shared.
+class CellFilling::Items
 {
-    return colour.isValid() ? brush.value<QBrush>() == QBrush(colour) : !brush.isValid();
-}
+public:
+    explicit Items(int columns) : made(static_cast<std::size_t>(columns)) { }
 
-/// Whether who sees or hears a cell cannot tell it from a new one of this content.
-bool shows(const QTableWidgetItem &item, const CellContent &content)
-{
-    const QVariant checked = item.data(Qt::CheckStateRole);
-    return item.type() == FilledItem::filledType
-        && static_cast<const FilledItem &>(item).isUntouched && item.text() == content.text
-        && item.flags() == flags(content) && checked.isValid() == content.checked.has_value()
-        && (checked.toInt() == Qt::Checked) == content.checked.value_or(false)
-        && item.data(Qt::AccessibleTextRole).toString() == content.accessibleText
-        && item.data(Qt::TextAlignmentRole) == alignment(content)
-        && item.icon().cacheKey() == content.icon.cacheKey()
-        && isColour(item.data(Qt::BackgroundRole), content.background)
-        && isColour(item.data(Qt::ForegroundRole), content.foreground);
-}
+    QTableWidgetItem *make(int column, const CellContent &content)
+    {
+        constexpr std::size_t few = 2;
+        std::vector<Made> &ofColumn = made[static_cast<std::size_t>(column)];
+        auto same = std::ranges::find_if(
+            ofColumn, [&content](const Made &each) { return isSame(each.content, content); });
+        if (same == ofColumn.end()) {
+            if (ofColumn.size() == few)
+                ofColumn.erase(ofColumn.begin());
+            same = ofColumn.insert(ofColumn.end(), {content, Item(content)});
+        }
+        return new Item(same->item);
+    }
 
-} // namespace
+private:
+    struct Made
+    {
+        CellContent content;
+        Item item;
+    };
 
-QuietCurrentCell::QuietCurrentCell(QTableWidget &quieted)
-    : table(quieted),
-      editTriggers(table.editTriggers()),
-      autoScroll(table.hasAutoScroll())
-{
-    table.setEditTriggers(QAbstractItemView::NoEditTriggers);
-    table.setAutoScroll(false);
-}
+    std::vector<std::vector<Made>> made; ///< column by column, the newest last
+};
 
-QuietCurrentCell::~QuietCurrentCell()
-{
-    table.setAutoScroll(autoScroll);
-    table.setEditTriggers(editTriggers);
-}
-
-CellFilling::CellFilling(QTableWidget &filled) : table(filled), modelBlocker(filled.model())
+CellFilling::CellFilling(QTableWidget &filled)
+    : table(filled),
+      modelBlocker(filled.model()),
+      items(std::make_unique<Items>(filled.columnCount()))
 {
     Q_ASSERT(!table.isSortingEnabled());
 }
@@ -113,9 +154,9 @@ CellFilling::~CellFilling()
 void CellFilling::set(int row, int column, const CellContent &content)
 {
     const QTableWidgetItem *item = table.item(row, column);
-    if (item && shows(*item, content))
+    if (item && Item::shows(*item, content))
         return;
-    table.setItem(row, column, new FilledItem(content));
+    table.setItem(row, column, items->make(column, content));
     note({row, row, column, column});
 }
 
@@ -142,16 +183,16 @@ void CellFilling::moveRows(const std::vector<int> &from)
     if (moving.empty())
         return;
 
-    std::vector<std::unique_ptr<QTableWidgetItem>> items(from.size() * columns);
+    std::vector<std::unique_ptr<QTableWidgetItem>> taken(from.size() * columns);
     for (const int row : moving) {
         for (int column = 0; column < table.columnCount(); ++column)
-            items[cell(row, column)].reset(table.takeItem(row, column));
+            taken[cell(row, column)].reset(table.takeItem(row, column));
     }
     for (const int row : moving) {
         const int source = from[static_cast<std::size_t>(row)];
         for (int column = 0; column < table.columnCount() && source >= 0; ++column) {
-            if (items[cell(source, column)])
-                table.setItem(row, column, items[cell(source, column)].release());
+            if (taken[cell(source, column)])
+                table.setItem(row, column, taken[cell(source, column)].release());
         }
     }
     note({moving.front(), moving.back(), 0, table.columnCount() - 1});

@@ -6,6 +6,7 @@
 #include <QSignalBlocker>
 #include <QString>
 
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -75,12 +76,16 @@ private:
         int lastColumn;
     };
 
+    class Item;
+    class Items;
+
     /// Adds cells to the few ranges that all changes are in.
     void note(const Cells &cells);
 
     QTableWidget &table;
     QSignalBlocker modelBlocker;
     std::vector<Cells> changes;
+    std::unique_ptr<Items> items;
 };
 
 /// Makes a cell current and selects its row alone, without editing the cell.
