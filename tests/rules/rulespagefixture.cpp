@@ -9,6 +9,8 @@ void RulesPageFixture::prepare()
     // What the toolkit says when it loses track of an editor or an index.
     QTest::failOnWarning(QRegularExpression(u"^edit: |^Q(Abstract|Table|Line|Model)"_s));
     fixture = std::make_unique<WindowFixture>();
+    // A slow machine's ticks would come between an edit and the look at what it made.
+    WindowFixture::store(u"refreshIntervalMs"_s, 10000);
     for (quint32 pid = 1; pid <= 5; ++pid)
         fixture->system().addProcess(pid, u"app%1"_s.arg(pid), 1);
     fixture->open();

@@ -4,6 +4,7 @@
 
 #include <QLineEdit>
 #include <QTableWidget>
+#include <QTimer>
 #include <QtTest>
 
 /// The editor that is open in a table, or null. A closed one may still wait for its deletion.
@@ -21,6 +22,12 @@ inline QLineEdit *openEditor(const QTableWidget *table)
 /// a check box. Returns the editor; the toolkit lets one wait that may become a double click.
 inline QLineEdit *clickIntoCell(QTableWidget *table, int row, int column)
 {
+    // A press that comes before the event loop has been idle counts as what closed the last editor.
+    QTimer idle;
+    idle.setSingleShot(true);
+    idle.start(0);
+    if (!QTest::qWaitFor([&idle] { return !idle.isActive(); }, patience))
+        qFatal("the event loop is never idle");
     const QRect cell = table->visualItemRect(table->item(row, column));
     QTest::mouseClick(table->viewport(), Qt::LeftButton, {},
                       cell.center() + QPoint(cell.width() / 3, 0));
