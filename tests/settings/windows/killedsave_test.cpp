@@ -12,7 +12,7 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-constexpr int kills = 300;
+constexpr int kills = 16;
 
 /// Where this process's own key is, as other processes see it.
 QString sharedKey()
