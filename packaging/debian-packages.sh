@@ -118,6 +118,7 @@ windows_qt_packages=(
 windows_packages=(
     "${windows_qt_packages[@]}"
     fonts-dejavu-core
+    iproute2
     libgtest-dev
     nsis # makes the installer
     wine

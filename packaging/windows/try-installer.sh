@@ -3,22 +3,8 @@
 # takes it away again, and fails where anything is left of it but the settings.
 set -euo pipefail
 setup=$(readlink -f "$1")
-scratch=$(mktemp --directory)
-export WINEPREFIX=$scratch/prefix WINEARCH=win64 WINEDEBUG=-all LC_ALL=C.UTF-8 \
-    WINEDLLOVERRIDES=winemenubuilder.exe,mscoree,mshtml=
-end_all()
-{
-    wineserver --kill || true
-    [[ -z ${screen_id:-} ]] || kill "$screen_id"
-    rm --recursive --force "$scratch"
-}
-trap end_all EXIT
-
-mkfifo "$scratch/display"
-Xvfb -displayfd 3 -screen 0 1280x900x24 -nolisten tcp 3>"$scratch/display" 2>/dev/null &
-screen_id=$!
-read -r display <"$scratch/display"
-export DISPLAY=:$display
+# shellcheck source=packaging/windows/wine-screen.sh
+source "$(dirname "$(readlink -f "${BASH_SOURCE[0]}")")/wine-screen.sh"
 
 fail()
 {
