@@ -44,6 +44,7 @@ private Q_SLOTS:
     void thePageStartsWithItsTexts()
     {
         WindowFixture fixture;
+        WindowFixture::store(u"refreshIntervalMs"_s, 10000); // no tick before the page is looked at
         fixture.open();
         auto *top = fixture.find<QFrame>("classicTop");
         QCOMPARE(top->findChild<QLabel *>(u"classicBlue"_s)->text(), u"DL 0 B/s    UL 0 B/s"_s);

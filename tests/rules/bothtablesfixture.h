@@ -12,6 +12,8 @@ protected:
     void prepare()
     {
         fixture = std::make_unique<WindowFixture>();
+        // A slow machine's ticks would come between a click and the look at what it did.
+        WindowFixture::store(QStringLiteral("refreshIntervalMs"), 10000);
         for (quint32 pid = 1; pid <= 4; ++pid)
             fixture->system().addProcess(pid, QStringLiteral("app%1").arg(pid), 1);
         fixture->open();
