@@ -56,6 +56,6 @@ private:
 
 void whenAskedToEnd(QObject *context, std::function<void()> callback)
 {
-    if (const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr))
+    if (HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr))
         new EndRequests(context, event, std::move(callback));
 }
