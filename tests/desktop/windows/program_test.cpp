@@ -2,6 +2,8 @@
 #include "tests/desktop/windows/startedprogram.h"
 #include "tests/support/testmain.h"
 
+#include <QApplication>
+
 using namespace Qt::StringLiterals;
 
 namespace {
@@ -175,7 +177,7 @@ void ProgramTest::theRatesMoveWithTheTraffic()
     StartedProgram program([](AppSettings &settings) {
         settings.miniWidgetEnabled = true;
         settings.startMinimized = true; // Wine's desktop does not keep it above the window
-        settings.refreshIntervalMs = 2000; // as long as the rates of one packet are shown
+        settings.refreshIntervalMs = 5000; // as long as the rates of one packet are shown
     });
     program.start();
     QTRY_VERIFY(program.mini());
