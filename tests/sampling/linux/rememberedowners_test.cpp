@@ -1,4 +1,5 @@
 #include "sampling/linux/socketowners.h"
+#include "tests/sampling/linux/support/descriptorlimit.h"
 #include "tests/sampling/linux/support/openwatch.h"
 #include "tests/sampling/linux/support/processtree.h"
 #include "tests/sampling/linux/support/unprivileged.h"
@@ -6,8 +7,6 @@
 
 #include <QDir>
 #include <QtTest>
-
-#include <sys/resource.h>
 
 #include <numeric>
 
@@ -62,25 +61,6 @@ QList<quint32> populate(Machine &machine, quint32 processes, quint32 sockets)
     }
     return inodes;
 }
-
-/// How many descriptors the test's process may have as long as this exists.
-class DescriptorLimit
-{
-public:
-    explicit DescriptorLimit(rlim_t descriptors)
-    {
-        ::getrlimit(RLIMIT_NOFILE, &m_before);
-        rlimit limit = m_before;
-        limit.rlim_cur = descriptors;
-        if (::setrlimit(RLIMIT_NOFILE, &limit) != 0)
-            qFatal("setrlimit failed");
-    }
-    ~DescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
-    Q_DISABLE_COPY_MOVE(DescriptorLimit)
-
-private:
-    rlimit m_before{};
-};
 
 qsizetype openDescriptors()
 {

@@ -1,5 +1,6 @@
 #include "sampling/linux/linuxsystemqueries.h"
 #include "tests/sampling/linux/support/agent.h"
+#include "tests/sampling/linux/support/descriptorlimit.h"
 #include "tests/support/testmain.h"
 
 #include <arpa/inet.h>
@@ -7,7 +8,6 @@
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
@@ -18,27 +18,13 @@
 
 namespace {
 
-/// Lets the process open no more file as long as this exists.
-class NoMoreFiles
+/// The descriptor that the next file gets: as a limit it lets the process open no more, nor use the
+/// gaps below.
+rlim_t nextDescriptor()
 {
-public:
-    NoMoreFiles()
-    {
-        ::getrlimit(RLIMIT_NOFILE, &m_before);
-        const FileDescriptor next(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-        rlimit limit = m_before;
-        limit.rlim_cur = static_cast<rlim_t>(next.get());
-        // Also the gaps below are not to be used.
-        if (::setrlimit(RLIMIT_NOFILE, &limit) != 0)
-            qFatal("setrlimit failed");
-    }
-    ~NoMoreFiles() { ::setrlimit(RLIMIT_NOFILE, &m_before); }
-    NoMoreFiles(const NoMoreFiles &) = delete;
-    NoMoreFiles &operator=(const NoMoreFiles &) = delete;
-
-private:
-    rlimit m_before{};
-};
+    const FileDescriptor next(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    return static_cast<rlim_t>(next.get());
+}
 
 quint32 ownerAt(const std::vector<TcpRow> &table, quint16 port)
 {
@@ -78,7 +64,7 @@ private Q_SLOTS:
         const FileDescriptor listener = listenTcp(SocketKind::IPv4);
         LinuxSystemQueries queries;
         {
-            const NoMoreFiles limit;
+            const DescriptorLimit limit(nextDescriptor());
             QVERIFY(!queries.interfaceTable());
             QVERIFY(!queries.tcpTable());
             QVERIFY(!queries.udpTable());
@@ -101,7 +87,7 @@ private Q_SLOTS:
         QVERIFY(queries.interfaceTable());
         QVERIFY(queries.tcpTable());
         {
-            const NoMoreFiles limit;
+            const DescriptorLimit limit(nextDescriptor());
             QVERIFY(queries.interfaceTable());
             QVERIFY(queries.tcpTable());
         }
@@ -115,7 +101,7 @@ private Q_SLOTS:
         QVERIFY(queries.tcpTable());
         const AgentReply listener = agent.listenTcp();
         {
-            const NoMoreFiles limit;
+            const DescriptorLimit limit(nextDescriptor());
             const auto table = queries.tcpTable();
             QVERIFY(table);
             QCOMPARE(ownerAt(*table, listener.port), 0U);
