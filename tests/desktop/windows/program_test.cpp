@@ -69,6 +69,22 @@ void closeToTray(AppSettings &settings)
     settings.closeToTray = true;
 }
 
+/// Nothing but its end makes a program save that is paused.
+void pauseOnLaunch(AppSettings &settings)
+{
+    settings.closeToTray = true;
+    settings.pauseOnLaunch = true;
+}
+
+/// Whether the program is up, in its window or in the tray, and its store is gone.
+bool startsAndLosesItsStore(StartedProgram &program, bool hidden)
+{
+    program.start();
+    const bool isUp = program.isActive() && (!hidden || program.hides());
+    StartedProgram::removeStore();
+    return isUp;
+}
+
 } // namespace
 
 /// The whole program, driven by mouse and keys.
@@ -231,17 +247,8 @@ void ProgramTest::exitEndsTheProgram_data()
 void ProgramTest::exitEndsTheProgram()
 {
     QFETCH(bool, hidden);
-    // Nothing but its end makes a program save that is paused.
-    StartedProgram program([](AppSettings &settings) {
-        settings.closeToTray = true;
-        settings.pauseOnLaunch = true;
-    });
-    program.start();
-    QVERIFY(program.isActive());
-    if (hidden) {
-        QVERIFY(program.hides());
-    }
-    StartedProgram::removeStore();
+    StartedProgram program(pauseOnLaunch);
+    QVERIFY(startsAndLosesItsStore(program, hidden));
     QVERIFY(program.choose({VK_UP, VK_RETURN})); // the last entry
     QVERIFY(program.endsWell());
     QVERIFY(program.storeIsWhole());
@@ -255,16 +262,8 @@ void ProgramTest::theEndOfTheSessionSavesAndEnds_data()
 void ProgramTest::theEndOfTheSessionSavesAndEnds()
 {
     QFETCH(bool, hidden);
-    StartedProgram program([](AppSettings &settings) {
-        settings.closeToTray = true;
-        settings.pauseOnLaunch = true;
-    });
-    program.start();
-    QVERIFY(program.isActive());
-    if (hidden) {
-        QVERIFY(program.hides());
-    }
-    StartedProgram::removeStore();
+    StartedProgram program(pauseOnLaunch);
+    QVERIFY(startsAndLosesItsStore(program, hidden));
     // What the system sends to every window when somebody logs off.
     const auto send = [&program](UINT message, WPARAM wParam) {
         bool agreed = true;
