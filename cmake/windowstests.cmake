@@ -16,7 +16,7 @@ function(tovan_join_tests folder)
     cmake_path(GET folder FILENAME name)
     file(WRITE ${PROJECT_BINARY_DIR}/${name}-tests.cmake "
 if(EXISTS [[${folder}/CTestTestfile.cmake]])
-    include([[${folder}/CTestTestfile.cmake]])
+    subdirs([[${folder}]])
 else()
     add_test(${name}_is_not_built false)
 endif()
@@ -65,6 +65,7 @@ ExternalProject_Add(windows_program_tests
     CONFIGURE_COMMAND ${CMAKE_COMMAND} -E env TOVAN_WINDOWS_QT=${qt}
         ${CMAKE_COMMAND} -S <SOURCE_DIR> --preset windows -B <BINARY_DIR>
         -DTOVAN_WARNINGS_AS_ERRORS=ON
+    BUILD_COMMAND ${CMAKE_COMMAND} --build <BINARY_DIR>
     BUILD_ALWAYS ON
     INSTALL_COMMAND ""
 )
