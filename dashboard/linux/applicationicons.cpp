@@ -62,6 +62,7 @@ private:
     void readEntries(const MountTable &mounts);
     QStringList iconNames(const QString &path, quint32 pid) const;
 
+    QFileIconProvider m_provider; ///< keeps the one icon of all files that have none of their own
     DesktopEntries m_entries;
     std::unique_ptr<QFileSystemWatcher> m_watcher; ///< of the entries that were read
     bool m_changed = true; ///< the entries are to be read
@@ -79,7 +80,7 @@ QIcon DesktopApplicationIcons::iconOf(const QString &path, quint32 pid)
             return icon;
     }
     const QString file = reachableFile(path, mounts);
-    return file.isEmpty() ? QIcon() : QFileIconProvider().icon(QFileInfo(file));
+    return file.isEmpty() ? QIcon() : m_provider.icon(QFileInfo(file));
 }
 
 void DesktopApplicationIcons::readEntries(const MountTable &mounts)

@@ -63,6 +63,19 @@ private Q_SLOTS:
         QCOMPARE(fresh->iconOf(folder.path(u"opt/alpha"_s), 0).pixmap(16).toImage(), own);
     }
 
+    /// Each copy would hold its own images, of 70 KiB together.
+    void filesWithoutAnEntryShareOneIcon()
+    {
+        const DesktopFolder folder;
+        folder.useAsDesktop();
+        folder.write(u"opt/alpha"_s);
+        folder.write(u"opt/beta"_s);
+        const auto icons = makeApplicationIcons();
+        const QIcon alpha = icons->iconOf(folder.path(u"opt/alpha"_s), 0);
+        QVERIFY(!alpha.isNull());
+        QCOMPARE(icons->iconOf(folder.path(u"opt/beta"_s), 0).cacheKey(), alpha.cacheKey());
+    }
+
     void anApplicationWithoutEntryAndFileHasNone()
     {
         const DesktopFolder folder;
