@@ -95,9 +95,12 @@ make_plugins()
     echo "$plugins" >"$kept/tovan-svg"
 }
 
+# No file names the folder that it was made in.
+map=-ffile-prefix-map=$scratch/=
 hosts=/usr/lib/$(dpkg-architecture --query DEB_HOST_MULTIARCH)/cmake
 cross=(-DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/mingw-w64.cmake" -DCMAKE_FIND_ROOT_PATH_MODE_PACKAGE=BOTH
-    -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR="$hosts" -DQt6HostInfo_DIR="$hosts/Qt6HostInfo")
+    -DQT_HOST_PATH=/usr -DQT_HOST_PATH_CMAKE_DIR="$hosts" -DQt6HostInfo_DIR="$hosts/Qt6HostInfo"
+    -DCMAKE_C_FLAGS="$map" -DCMAKE_CXX_FLAGS="$map")
 if ! is_ours "$kept"; then
     rm --recursive --force "$kept"
     if [[ -z ${1:-} ]] || ! take "$1"; then
