@@ -57,7 +57,7 @@ std::optional<std::vector<UdpRow>> LinuxSystemQueries::udpTable()
 
 std::string LinuxSystemQueries::imagePath(std::uint32_t pid)
 {
-    return m_processFiles.imagePath(pid);
+    return m_processFiles.imagePath(pid, m_owners.imageLink(pid));
 }
 
 std::optional<std::string> LinuxSystemQueries::processListName(std::uint32_t pid)

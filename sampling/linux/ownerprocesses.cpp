@@ -9,8 +9,8 @@ namespace {
 
 constexpr std::uint32_t bitsAWord = 64;
 
-/// A quarter of the descriptors that this process may have, getrlimit(2), and no more than a
-/// desktop's processes need.
+/// With two descriptors each, half of those that this process may have, getrlimit(2), and no more
+/// than a desktop's processes need.
 std::size_t mostFolders()
 {
     constexpr rlim_t enough = 384;
@@ -65,7 +65,10 @@ std::uint32_t OwnerProcesses::slotOf(std::uint32_t pid)
     slot->pid = pid;
     if (m_heldFolders < m_mostFolders)
         slot->folder = m_directory.openFolder(pid);
-    m_heldFolders += slot->folder ? 1 : 0;
+    if (slot->folder) {
+        ++m_heldFolders;
+        slot->imageLink = m_directory.openImageLink(pid);
+    }
     slot->startTime = m_directory.startTime(pid);
     slot->files = summaryOf(*slot).value_or(ProcessDirectory::FileSummary{});
     const auto number = static_cast<std::uint32_t>(slot - m_slots.begin());
@@ -87,6 +90,7 @@ void OwnerProcesses::release(OwnerProcess &process)
 {
     m_heldFolders -= process.folder ? 1 : 0;
     process.folder.reset();
+    process.imageLink.reset();
 }
 
 void OwnerProcesses::check()

@@ -38,6 +38,7 @@ struct OwnerProcess
     bool inUse = false; ///< some remembered socket refers to it
     std::uint64_t startTime = 0; ///< clock ticks since boot
     FileDescriptor folder; ///< of its descriptors, where it is held
+    FileDescriptor imageLink; ///< to its executable, held with the folder
     ProcessDirectory::FileSummary files; ///< at the last check
     DescriptorSet known; ///< descriptors that were looked at and need no second look
 };
@@ -45,9 +46,9 @@ struct OwnerProcess
 /// The processes that own remembered sockets, each at a slot which is its for as long as it is in
 /// use.
 ///
-/// The descriptor folders of the first few hundred are held open: to ask the kernel about a path
-/// takes most of the time of asking. The others, and all where descriptors are scarce, are asked by
-/// path.
+/// The descriptor folders of the first few hundred, and the links to their executables, are held
+/// open: to ask the kernel about a path takes most of the time of asking. The others, and all where
+/// descriptors are scarce, are asked by path.
 class OwnerProcesses
 {
 public:

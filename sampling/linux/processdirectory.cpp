@@ -136,6 +136,16 @@ FileDescriptor ProcessDirectory::openFolder(std::uint32_t pid)
     return folder;
 }
 
+FileDescriptor ProcessDirectory::openImageLink(std::uint32_t pid)
+{
+    if (!ready())
+        return {};
+    PathBuffer path;
+    std::snprintf(path.data(), path.size(), "%u/exe", pid);
+    return FileDescriptor(
+        ::openat(m_directory.get(), path.data(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+}
+
 std::uint64_t ProcessDirectory::startTime(std::uint32_t pid)
 {
     // The name, in parentheses, may itself hold blanks and parentheses. Behind it, the start time

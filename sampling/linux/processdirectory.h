@@ -34,6 +34,10 @@ public:
     /// process, or on kernels before 6.2, where a folder that is held does not tell that its
     /// process has ended.
     FileDescriptor openFolder(std::uint32_t pid);
+    /// Opens the link to a process's executable itself, proc_pid_exe(5); what is read of it follows
+    /// the process when it starts another program, and fails once the process has ended. None when
+    /// there is no such process.
+    FileDescriptor openImageLink(std::uint32_t pid);
 
     /// When the process started, in clock ticks since boot; 0 when it cannot be read.
     std::uint64_t startTime(std::uint32_t pid);

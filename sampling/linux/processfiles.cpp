@@ -9,11 +9,12 @@
 
 namespace {
 
-std::string readLink(const std::string &path)
+/// The link at a path below a folder, or without a path the link that is open itself.
+std::string readLink(int descriptor, const char *path)
 {
     std::string target(512, '\0');
     while (true) {
-        const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+        const ssize_t length = ::readlinkat(descriptor, path, target.data(), target.size());
         if (length < 0)
             return {};
         if (static_cast<std::size_t>(length) < target.size()) {
@@ -38,11 +39,13 @@ bool isSameFile(const std::string &path, const std::string &otherPath)
 
 } // namespace
 
-std::string ProcessFiles::imagePath(std::uint32_t pid) const
+std::string ProcessFiles::imagePath(std::uint32_t pid, const FileDescriptor *heldLink) const
 {
     constexpr std::string_view deletedSuffix = " (deleted)";
     const std::string link = pathOf(pid, "exe");
-    std::string path = readLink(link);
+    std::string path = heldLink ? readLink(heldLink->get(), "") : std::string();
+    if (path.empty()) // nothing is held, or the process has ended and its id may be another's
+        path = readLink(AT_FDCWD, link.c_str());
     // The kernel marks an executable whose file is gone; a file may as well be named like that.
     if (path.ends_with(deletedSuffix) && !isSameFile(link, path))
         path.resize(path.size() - deletedSuffix.size());

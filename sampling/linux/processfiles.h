@@ -15,8 +15,9 @@ public:
     explicit ProcessFiles(std::string root) : m_root(std::move(root)) { }
 
     /// Path of the executable, also when its file was deleted or replaced meanwhile; empty for
-    /// kernel threads and whenever it cannot be read.
-    std::string imagePath(std::uint32_t pid) const;
+    /// kernel threads and whenever it cannot be read. `heldLink` is the process's own link to it,
+    /// where that is open already: two thirds of the time.
+    std::string imagePath(std::uint32_t pid, const FileDescriptor *heldLink = nullptr) const;
 
     /// The process's name (at most 15 bytes, chosen by the process); no value when there is no such
     /// process or its name cannot be read.

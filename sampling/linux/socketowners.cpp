@@ -62,6 +62,12 @@ std::vector<std::uint32_t> SocketOwners::owners(Table table, std::span<const Soc
     return owners;
 }
 
+const FileDescriptor *SocketOwners::imageLink(std::uint32_t pid)
+{
+    const OwnerProcess *process = m_processes.find(pid);
+    return process && process->imageLink ? &process->imageLink : nullptr;
+}
+
 std::size_t SocketOwners::heapSize() const
 {
     std::size_t size = m_processes.heapSize() + m_search.heapSize();

@@ -50,6 +50,10 @@ public:
     /// read.
     std::vector<std::uint32_t> owners(Table table, std::span<const SocketRow> sockets);
 
+    /// The link to the executable of a process that owned a socket of the last tables, where it is
+    /// held open, else null; valid until the next table. The process may have ended.
+    const FileDescriptor *imageLink(std::uint32_t pid);
+
     /// Octets on the heap that are kept from round to round.
     std::size_t heapSize() const;
 

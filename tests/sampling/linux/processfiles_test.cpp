@@ -1,3 +1,5 @@
+#include "sampling/linux/linuxsystemqueries.h"
+#include "sampling/linux/processdirectory.h"
 #include "sampling/linux/processfiles.h"
 #include "tests/sampling/linux/support/agent.h"
 #include "tests/sampling/linux/support/processtree.h"
@@ -29,6 +31,15 @@ public:
         std::string path = m_directory.path().toStdString() + '/' + name;
         std::filesystem::copy_file(Agent::defaultProgram(), path,
                                    std::filesystem::copy_options::overwrite_existing);
+        return path;
+    }
+
+    /// Replaces what has the name by a link to `target`.
+    std::string linkAs(const std::string &name, const std::string &target) const
+    {
+        std::string path = m_directory.path().toStdString() + '/' + name;
+        std::filesystem::remove(path);
+        std::filesystem::create_symlink(target, path);
         return path;
     }
 
@@ -120,6 +131,60 @@ private Q_SLOTS:
         QCOMPARE(ProcessFiles(tree.root()).imagePath(8), std::string());
         QCOMPARE(m_files.imagePath(0), std::string());
         QCOMPARE(m_files.imagePath(0xffffffff), std::string());
+    }
+
+    void aLinkThatIsHeldIsReadInsteadOfThePath()
+    {
+        Agent agent;
+        const FileDescriptor link = ProcessDirectory(processRoot).openImageLink(agent.pid());
+        QCOMPARE(m_files.imagePath(0, &link), Agent::defaultProgram());
+        agent.exit();
+        QCOMPARE(m_files.imagePath(0, &link), std::string());
+    }
+
+    void theImagePathFollowsAnOwnerOfSocketsIntoAnotherProgram()
+    {
+        const Programs programs;
+        const std::string first = programs.copyAs("first");
+        const std::string second = programs.copyAs("second");
+        const std::string run = programs.linkAs("run", first);
+        Agent agent(run);
+        agent.listenTcp();
+        LinuxSystemQueries queries;
+        for (int round = 0; round < 2; ++round) {
+            QVERIFY(queries.tcpTable());
+            QCOMPARE(queries.imagePath(agent.pid()), first);
+        }
+        programs.linkAs("run", second);
+        agent.exec();
+        QCOMPARE(queries.imagePath(agent.pid()), second);
+        QVERIFY(queries.tcpTable());
+        QCOMPARE(queries.imagePath(agent.pid()), second);
+    }
+
+    void aProcessThatGetsAnEndedOnesIdHasItsOwnImagePath()
+    {
+        const Programs programs;
+        const std::string first = programs.copyAs("first");
+        const std::string second = programs.copyAs("second");
+        LinuxSystemQueries queries;
+        // The system's other processes take ids as well.
+        for (int attempt = 0; attempt < 100; ++attempt) {
+            Agent owner(first);
+            owner.listenTcp();
+            QVERIFY(queries.tcpTable());
+            const std::uint32_t pid = owner.pid();
+            QCOMPARE(queries.imagePath(pid), first);
+            owner.exit();
+            if (!aimAtPid(pid))
+                QSKIP("the ids of processes are not ours to choose");
+            const Agent namesake(second);
+            if (namesake.pid() != pid)
+                continue;
+            QCOMPARE(queries.imagePath(pid), second);
+            return;
+        }
+        QFAIL("no process got the id of an ended one");
     }
 
     void theNameIsTheKernels()

@@ -249,12 +249,14 @@ private Q_SLOTS:
         QCOMPARE(machine.searched(), Pids{});
     }
 
-    /// Of 64 descriptors the folders of processes take 16.
+    /// Of 64 descriptors the folders of 16 processes and the links to their executables take 32.
     void withFewDescriptorsMostProcessesAreAskedByPath()
     {
         const DescriptorLimit limit(64);
         Machine machine;
         const QList<quint32> inodes = populate(machine, 30, 1);
+        for (quint32 pid = 10; pid < 40; ++pid)
+            machine.tree.setExecutable(pid, "/usr/bin/program");
         const Pids first = machine.askTcp(inodes);
         const auto held = openDescriptors();
 
@@ -264,7 +266,7 @@ private Q_SLOTS:
             QCOMPARE(machine.askTcp({ended * 100 + 1, 1501, 3501}), (Pids{20, 15, 35}));
         }
         machine.askTcp({});
-        QCOMPARE(held - openDescriptors(), 16);
+        QCOMPARE(held - openDescriptors(), 32);
         QCOMPARE(machine.askTcp(inodes.mid(1, 28)), first.mid(1, 28));
         QCOMPARE(openDescriptors(), held);
     }

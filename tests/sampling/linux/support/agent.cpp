@@ -28,6 +28,14 @@ std::pair<FileDescriptor, FileDescriptor> controlPair()
 
 } // namespace
 
+bool aimAtPid(std::uint32_t pid)
+{
+    const FileDescriptor file(::open("/proc/sys/kernel/ns_last_pid", O_WRONLY | O_CLOEXEC));
+    const std::string text = std::to_string(pid - 1);
+    return file
+        && ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
+}
+
 Agent::Agent(const std::string &program)
 {
     // Children of agents whose parent ended become the test's, which waits for them.

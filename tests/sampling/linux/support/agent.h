@@ -6,6 +6,10 @@
 
 #include <string>
 
+/// Lets the next process have this id, unless another one is faster; false where the system does
+/// not allow it.
+bool aimAtPid(std::uint32_t pid);
+
 /// A process that opens, closes, passes and inherits sockets as a test tells it. It ends with this
 /// object at the latest.
 class Agent
@@ -37,7 +41,7 @@ public:
     AgentReply receive(const FileDescriptor &descriptor);
     /// Forks; the child holds copies of all files.
     Agent fork();
-    /// Replaces the process's program by itself, keeping files and process id.
+    /// Runs what is now at the path of the process's program, keeping files and process id.
     void exec();
     /// Ends the process and waits until it is gone from the process list.
     void exit();

@@ -128,6 +128,6 @@ int main(int argc, char *argv[])
         if (!sendRecord(control, &reply, sizeof reply))
             return 1;
     }
-    Agent("/proc/self/exe", control).run();
+    Agent(argv[0], control).run();
     return 0;
 }

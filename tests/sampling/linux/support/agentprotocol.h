@@ -19,7 +19,7 @@ struct AgentCommand
         Pass, ///< sends descriptor `argument` along with the reply
         Receive, ///< keeps the descriptor that came with the command
         Fork, ///< the child answers on the socket that came with the command
-        Exec, ///< runs the agent's program anew in the same process, files staying open
+        Exec, ///< runs what is at the program's path in the same process, files staying open
         Exit,
     };
 

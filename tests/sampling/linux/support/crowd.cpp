@@ -1,24 +1,9 @@
 #include "tests/sampling/linux/support/crowd.h"
 
-#include <fcntl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
 #include <iterator>
-#include <string>
-
-namespace {
-
-/// Lets the next process have this id; false where the system does not allow it.
-bool aimAtPid(quint32 pid)
-{
-    const FileDescriptor file(::open("/proc/sys/kernel/ns_last_pid", O_WRONLY | O_CLOEXEC));
-    const std::string text = std::to_string(pid - 1);
-    return file
-        && ::write(file.get(), text.data(), text.size()) == static_cast<ssize_t>(text.size());
-}
-
-} // namespace
 
 Crowd::Crowd(quint32 seed) : m_random(seed)
 {
