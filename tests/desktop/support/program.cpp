@@ -111,7 +111,7 @@ bool Program::isActive() const
     return QTest::qWaitFor(
         [this] {
             const xcb_window_t id = window().id;
-            return id != XCB_WINDOW_NONE && m_desktop.screen().activeWindow() == id;
+            return id != XCB_WINDOW_NONE && m_desktop.screen().focusedWindow() == id;
         },
         patience);
 }

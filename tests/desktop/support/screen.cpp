@@ -96,9 +96,11 @@ QList<ManagedWindow> Screen::windows(qint64 pid)
     return found;
 }
 
-xcb_window_t Screen::activeWindow()
+xcb_window_t Screen::focusedWindow()
 {
-    return values<xcb_window_t>(m_root, "_NET_ACTIVE_WINDOW").value(0, XCB_WINDOW_NONE);
+    const XcbReply<xcb_get_input_focus_reply_t> reply(
+        xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
+    return reply ? reply->focus : xcb_window_t{XCB_WINDOW_NONE};
 }
 
 QRect Screen::unmanaged(qint64 pid, const QByteArray &type)

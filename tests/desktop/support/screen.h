@@ -37,8 +37,9 @@ public:
 
     /// Windows of a process, the lowest first.
     QList<ManagedWindow> windows(qint64 pid);
-    /// The window that has the keyboard.
-    xcb_window_t activeWindow();
+    /// The window that has the keyboard. What a window manager calls active may be a window that is
+    /// still on the way to its place.
+    xcb_window_t focusedWindow();
     /// Geometry of a process's topmost menu, which is no managed window; empty when there is none.
     QRect menu(qint64 pid);
     /// Geometry of a process's topmost tool tip or balloon; empty when there is none. An icon that
