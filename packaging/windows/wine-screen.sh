@@ -3,6 +3,8 @@
 # virtual screen of its own. Both end with the script that sources this, and with them the folder "$scratch".
 
 scratch=$(mktemp --directory)
+# Debian's Wine makes a folder for its server there and leaves it behind.
+export TMPDIR=$scratch
 export WINEPREFIX=$scratch/prefix WINEARCH=win64 WINEDEBUG=-all LC_ALL=C.UTF-8 \
     WINEDLLOVERRIDES=winemenubuilder.exe,mscoree,mshtml=
 end_all()
