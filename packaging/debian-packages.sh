@@ -83,6 +83,7 @@ test_packages=(
     diffoscope-minimal # tells how two builds of the package differ
     g++-mingw-w64-x86-64 # builds the Windows backend, which Wine runs
     iproute2
+    libclang-rt-dev # the sanitizers' headers, for the sources of fuzz/
     libclang-dev # with llvm-dev, for the plug-in that the sources are checked with
     libgtest-dev # its sources, for the Windows backend's tests
     librsvg2-bin # draws the icons that are installed
