@@ -45,6 +45,7 @@ in_root()
         bash -euc '
             root=$1
             mount --types proc proc "$root/proc"
+            mount --rbind /sys "$root/sys"
             mount --rbind /dev "$root/dev"
             exec chroot "$@"' - "$@"
 }
