@@ -117,7 +117,10 @@ class HostInterfaces : public testing::Test
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(std::filesystem::is_directory(root)) << "not running in Wine on Linux";
+        ASSERT_TRUE(std::filesystem::is_directory(root.parent_path().parent_path()))
+            << "not running in Wine on Linux";
+        if (!std::filesystem::is_directory(root))
+            GTEST_SKIP() << "the machine under Wine has no /sys";
     }
 
     template <typename Value>
