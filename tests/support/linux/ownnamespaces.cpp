@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QString>
 
+#include <cerrno>
 #include <sched.h>
 #include <sys/mount.h>
 #include <unistd.h>
@@ -38,6 +39,8 @@ bool enterOwnNamespaces(int kinds)
 
 bool enterOwnMounts()
 {
-    return enterOwnNamespaces(CLONE_NEWNS)
-        && ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+    if (!enterOwnNamespaces(CLONE_NEWNS))
+        return false;
+    // The root of a chroot is mostly no mount point, and how its mounts spread cannot be changed.
+    return ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 || errno == EINVAL;
 }

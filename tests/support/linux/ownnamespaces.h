@@ -5,5 +5,6 @@
 /// changing nothing, where the system allows neither.
 bool enterOwnNamespaces(int kinds);
 
-/// Likewise with mounts: what is mounted from here on stays with this process.
+/// Likewise with mounts: what is mounted from here on stays with this process. In a chroot it may
+/// be seen outside, until it is unmounted.
 bool enterOwnMounts();
