@@ -7,7 +7,6 @@
 #include <sched.h>
 #include <sys/ioctl.h>
 #include <sys/prctl.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 
@@ -236,13 +235,4 @@ void enterBenchNetwork()
     request.ifr_flags = IFF_UP | IFF_RUNNING;
     if (::ioctl(socket.get(), SIOCSIFFLAGS, &request) != 0)
         fail("loopback");
-}
-
-long raiseFileLimit()
-{
-    rlimit limit{};
-    ::getrlimit(RLIMIT_NOFILE, &limit);
-    limit.rlim_cur = limit.rlim_max;
-    ::setrlimit(RLIMIT_NOFILE, &limit);
-    return static_cast<long>(limit.rlim_cur);
 }

@@ -59,6 +59,3 @@ void holdIfAsked(int argc, char *argv[]);
 /// Moves the process into a network namespace of its own with the loopback up, so that the loads
 /// are the only sockets and do not touch the machine's own ports. Ends the process when it cannot.
 void enterBenchNetwork();
-
-/// Raises the limit of open files as far as it goes; returns it.
-long raiseFileLimit();

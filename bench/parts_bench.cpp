@@ -4,6 +4,7 @@
 #include "sampling/linux/linuxsystemqueries.h"
 #include "sampling/linux/processdirectory.h"
 #include "sampling/linux/sockettable.h"
+#include "tests/support/linux/filelimit.h"
 
 #include <benchmark/benchmark.h>
 

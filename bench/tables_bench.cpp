@@ -5,6 +5,7 @@
 #include "bench/report.h"
 #include "bench/stopwatch.h"
 #include "sampling/linux/linuxsystemqueries.h"
+#include "tests/support/linux/filelimit.h"
 
 #include <fcntl.h>
 #include <linux/inet_diag.h>

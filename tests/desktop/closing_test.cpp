@@ -248,7 +248,7 @@ void ClosingTest::closingTheMiniMonitorSwitchesItOff()
     ClosingProgram running([](AppSettings &settings) { settings.miniWidgetEnabled = true; });
     Program &program = running.program;
     QTRY_VERIFY(program.mini().isShown());
-    // A busy window manager may still call it active from before the window came, so not --sync.
+    // Not --sync: a busy window manager may still call it active that has just lost the keyboard.
     running.desktop.act(u"windowactivate %1"_s.arg(program.mini().id));
     QTRY_COMPARE(running.desktop.screen().focusedWindow(), program.mini().id);
     running.desktop.act(u"key alt+F4"_s);

@@ -63,8 +63,7 @@ class PrivilegedStartTest : public QObject
 
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<QProcess> m_program;
-    QTemporaryDir
-        m_plugins; ///< Everyone may read it, which the project's own folder need not allow.
+    QTemporaryDir m_plugins; ///< Copied, for the project's own folder may be closed to the user.
 
 private Q_SLOTS:
     void initTestCase();

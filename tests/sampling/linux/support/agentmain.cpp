@@ -1,7 +1,7 @@
 #include "tests/sampling/linux/support/agentprotocol.h"
+#include "tests/support/linux/filelimit.h"
 
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 
 #include <charconv>
@@ -112,22 +112,13 @@ private:
     int m_control;
 };
 
-/// A user's programs may have 1,024 descriptors until they ask for more.
-void allowAllDescriptorsThatMayBeHad()
-{
-    rlimit limit{};
-    ::getrlimit(RLIMIT_NOFILE, &limit);
-    limit.rlim_cur = limit.rlim_max;
-    ::setrlimit(RLIMIT_NOFILE, &limit);
-}
-
 } // namespace
 
 /// Arguments: the number of the control socket's descriptor, and "announce" when a reply is owed.
 int main(int argc, char *argv[])
 {
     std::signal(SIGCHLD, SIG_IGN);
-    allowAllDescriptorsThatMayBeHad();
+    raiseFileLimit();
     int control = -1;
     if (argc < 2)
         return 2;
