@@ -2,6 +2,7 @@
 
 #include "widgets/celldelegate.h"
 #include "widgets/checkboxclicks.h"
+#include "widgets/slimheader.h"
 #include "widgets/slimscrollbar.h"
 #include "widgets/tablecells.h"
 
@@ -35,25 +36,6 @@ bool isTyping(const QKeyEvent &event)
     }
 }
 
-/// A header whose columns are no wider than their titles and the padding that the sheet gives them.
-class SlimHeader : public QHeaderView
-{
-public:
-    SlimHeader() : QHeaderView(Qt::Horizontal)
-    {
-        setSectionsClickable(true);
-        setHighlightSections(true);
-    }
-
-protected:
-    QSize sectionSizeFromContents(int column) const override
-    {
-        // The toolkit adds the style's margin to the sheet's padding.
-        const int margin = style()->pixelMetric(QStyle::PM_HeaderMargin, nullptr, this);
-        return QHeaderView::sectionSizeFromContents(column) - QSize(margin, 0);
-    }
-};
-
 /// Whether a key does nothing yet: it changes what the next one means.
 bool isModifier(const QKeyEvent &event)
 {
@@ -77,26 +59,26 @@ bool isModifier(const QKeyEvent &event)
 CellTable::CellTable(const QStringList &headers)
     : QTableWidget(0, static_cast<int>(headers.size())),
       widths(static_cast<std::size_t>(headers.size())),
+      header(new SlimHeader),
       delegate(new CellDelegate(this))
 {
-    setHorizontalHeader(new SlimHeader);
+    setHorizontalHeader(header);
     setHorizontalHeaderLabels(headers);
     verticalHeader()->hide();
     setAlternatingRowColors(true);
     setSelectionBehavior(QAbstractItemView::SelectRows);
     setEditTriggers(QAbstractItemView::AllEditTriggers);
     setContextMenuPolicy(Qt::CustomContextMenu);
-    horizontalHeader()->setStretchLastSection(false);
-    horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
-    horizontalHeader()->setSectionResizeMode(0, QHeaderView::Stretch);
+    header->setStretchLastSection(false);
+    header->setSectionResizeMode(QHeaderView::ResizeToContents);
+    header->setSectionResizeMode(0, QHeaderView::Stretch);
     useSlimScrollBars(*this);
     new CheckBoxClicks(this, *delegate);
     viewport()->installEventFilter(this); // after the clicks, to hear of them first
-    // The header lays out its columns when it hears of a cell; of rows that go it does not.
     connect(model(), &QAbstractItemModel::rowsRemoved, this, [this] {
         forgetWidths();
         if (rowCount() > 0)
-            Q_EMIT model()->dataChanged(model()->index(0, 0), model()->index(0, columnCount() - 1));
+            header->followContents();
     });
 }
 
@@ -223,8 +205,15 @@ int CellTable::sizeHintForColumn(int column) const
 void CellTable::dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
                             const QList<int> &roles)
 {
-    for (int column = topLeft.column(); column <= bottomRight.column(); ++column)
-        widths.at(static_cast<std::size_t>(column)).reset();
+    bool isAsWide = true;
+    for (int column = topLeft.column(); column <= bottomRight.column(); ++column) {
+        const std::optional<int> before
+            = std::exchange(widths.at(static_cast<std::size_t>(column)), std::nullopt);
+        if (header->sectionResizeMode(column) == QHeaderView::ResizeToContents)
+            isAsWide = isAsWide && before && sizeHintForColumn(column) == before;
+    }
+    if (!isAsWide)
+        header->followContents();
     delegate->setKeepingText(true);
     QTableWidget::dataChanged(topLeft, bottomRight, roles);
     delegate->setKeepingText(false);

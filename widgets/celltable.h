@@ -11,6 +11,7 @@
 #include <vector>
 
 class CellDelegate;
+class SlimHeader;
 
 /// A table whose rows are named by their first cell: whole rows are selected, every cell is edited
 /// at a touch, check boxes take one click, and the first column has the room that the others leave.
@@ -77,5 +78,6 @@ private:
     bool isButtonDown = false; ///< in the editor
     std::function<void()> postponed; ///< null when nothing was put off
     QDeadlineTimer typingOn; ///< as long as keys are still meant for a dropped editor
+    SlimHeader *header;
     CellDelegate *delegate;
 };

@@ -3,6 +3,7 @@
 #include "widgets/celltable.h"
 #include "widgets/tablecells.h"
 
+#include <QHeaderView>
 #include <QtTest>
 
 using namespace Qt::StringLiterals;
@@ -24,6 +25,23 @@ void fill(CellTable &table, const QStringList &texts)
         }
     }
 }
+
+/// Counts how often a widget is painted.
+class Paintings : public QObject
+{
+public:
+    explicit Paintings(QWidget &widget) { widget.installEventFilter(this); }
+
+    int count = 0;
+
+protected:
+    bool eventFilter(QObject *receiver, QEvent *event) override
+    {
+        if (event->type() == QEvent::Paint)
+            ++count;
+        return QObject::eventFilter(receiver, event);
+    }
+};
 
 } // namespace
 
@@ -92,6 +110,19 @@ private Q_SLOTS:
         fill(*table, {u"a text that is longer than before"_s});
         awaitWidthOf({u"a text that is longer than before"_s});
         QCOMPARE(table->columnWidth(2), before);
+    }
+
+    void theHeaderIsPaintedOnlyWhenAWidthChanges()
+    {
+        const Paintings ofCells(*table->viewport());
+        const Paintings ofHeader(*table->horizontalHeader()->viewport());
+        fill(*table, {u"b"_s, u"a middling text"_s});
+        QTRY_COMPARE(ofCells.count, 1);
+        QTest::qWait(0);
+        QCOMPARE(ofHeader.count, 0);
+
+        fill(*table, {u"b"_s, u"a text that is longer than before"_s});
+        QTRY_VERIFY(ofHeader.count > 0);
     }
 
     void aTableMayEndWhileItIsEdited()
