@@ -1,6 +1,7 @@
 #include "widgets/tablecells.h"
 
 #include <QBrush>
+#include <QSharedPointer>
 #include <QTableWidget>
 #include <QVariant>
 
@@ -14,20 +15,10 @@ namespace {
 
 constexpr Qt::Alignment centred = Qt::AlignCenter;
 
-QVariant alignment(const CellContent &content)
-{
-    return content.isCentred ? QVariant::fromValue(centred) : QVariant();
-}
-
 Qt::ItemFlags flags(const CellContent &content)
 {
     static const Qt::ItemFlags usual = QTableWidgetItem().flags();
     return content.checked ? usual | Qt::ItemIsUserCheckable : usual;
-}
-
-bool isColour(const QVariant &brush, const QColor &colour)
-{
-    return colour.isValid() ? brush.value<QBrush>() == QBrush(colour) : !brush.isValid();
 }
 
 bool isSame(const CellContent &left, const CellContent &right)
@@ -55,11 +46,13 @@ QuietCurrentCell::~QuietCurrentCell()
     table.setEditTriggers(editTriggers);
 }
 
-/// A cell that knows whether anybody has written into it since it was made.
+/// A cell that knows what it was made of, and whether anybody has written into it since.
 class CellFilling::Item final : public QTableWidgetItem
 {
 public:
-    explicit Item(const CellContent &content) : QTableWidgetItem(content.text)
+    explicit Item(const CellContent &content)
+        : QTableWidgetItem(content.text),
+          madeOf(QSharedPointer<CellContent>::create(content))
     {
         if (!content.accessibleText.isEmpty())
             setData(Qt::AccessibleTextRole, content.accessibleText);
@@ -84,22 +77,20 @@ public:
         QTableWidgetItem::setData(role, value);
     }
 
+    const CellContent &content() const { return *madeOf; }
+
     /// Whether who sees or hears a cell cannot tell it from a new one of this content.
     static bool shows(const QTableWidgetItem &item, const CellContent &content)
     {
-        const QVariant checked = item.data(Qt::CheckStateRole);
-        return typeid(item) == typeid(Item) && static_cast<const Item &>(item).isUntouched
-            && item.text() == content.text && item.flags() == ::flags(content)
-            && checked.isValid() == content.checked.has_value()
-            && (checked.toInt() == Qt::Checked) == content.checked.value_or(false)
-            && item.data(Qt::AccessibleTextRole).toString() == content.accessibleText
-            && item.data(Qt::TextAlignmentRole) == alignment(content)
-            && item.icon().cacheKey() == content.icon.cacheKey()
-            && isColour(item.data(Qt::BackgroundRole), content.background)
-            && isColour(item.data(Qt::ForegroundRole), content.foreground);
+        if (typeid(item) != typeid(Item))
+            return false;
+        const auto &cell = static_cast<const Item &>(item);
+        return cell.isUntouched && cell.flags() == ::flags(content)
+            && isSame(cell.content(), content);
     }
 
 private:
+    QSharedPointer<const CellContent> madeOf; ///< shared with its copies
     bool isUntouched = false;
 };
 
@@ -112,25 +103,19 @@ public:
     QTableWidgetItem *make(int column, const CellContent &content)
     {
         constexpr std::size_t few = 2;
-        std::vector<Made> &ofColumn = made[static_cast<std::size_t>(column)];
+        std::vector<Item> &ofColumn = made[static_cast<std::size_t>(column)];
         auto same = std::ranges::find_if(
-            ofColumn, [&content](const Made &each) { return isSame(each.content, content); });
+            ofColumn, [&content](const Item &each) { return isSame(each.content(), content); });
         if (same == ofColumn.end()) {
             if (ofColumn.size() == few)
                 ofColumn.erase(ofColumn.begin());
-            same = ofColumn.insert(ofColumn.end(), {content, Item(content)});
+            same = ofColumn.insert(ofColumn.end(), Item(content));
         }
-        return new Item(same->item);
+        return new Item(*same);
     }
 
 private:
-    struct Made
-    {
-        CellContent content;
-        Item item;
-    };
-
-    std::vector<std::vector<Made>> made; ///< column by column, the newest last
+    std::vector<std::vector<Item>> made; ///< column by column, the newest last
 };
 
 CellFilling::CellFilling(QTableWidget &filled)
