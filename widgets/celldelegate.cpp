@@ -45,15 +45,19 @@ bool CellDelegate::isBareCheckBox(const QModelIndex &index)
     return index.data(Qt::CheckStateRole).isValid() && index.data().toString().isEmpty();
 }
 
+QRect CellDelegate::cellRect(const QModelIndex &index) const
+{
+    // From right to left the view draws a cell on the other side of its grid line, and does not
+    // say.
+    return table->visualRect(index).translated(table->showGrid() && table->isRightToLeft() ? 1 : 0,
+                                               0);
+}
+
 QRect CellDelegate::checkBoxRect(const QModelIndex &index) const
 {
     QStyleOptionViewItem cell;
     cell.initFrom(table);
-    cell.rect = table->visualRect(index);
-    // From right to left the view draws a cell on the other side of its grid line, and does not
-    // say.
-    if (table->showGrid() && table->isRightToLeft())
-        cell.rect.translate(1, 0);
+    cell.rect = cellRect(index);
     initStyleOption(&cell, index);
     return layOutCell(cell, checkBoxSize()).checkBox;
 }

@@ -20,6 +20,8 @@ public:
     /// Whether an editor that is handed its cell's text keeps its own.
     void setKeepingText(bool keep) { keepingText = keep; }
 
+    /// Where a cell is drawn, in the viewport and without the grid; empty for one that is not.
+    QRect cellRect(const QModelIndex &index) const;
     /// Where a cell's check box is drawn, in the viewport; empty for a cell without one.
     QRect checkBoxRect(const QModelIndex &index) const;
 

@@ -215,8 +215,14 @@ void CellTable::dataChanged(const QModelIndex &topLeft, const QModelIndex &botto
     if (!isAsWide)
         header->followContents();
     delegate->setKeepingText(true);
+    // The toolkit's rectangle reaches a pixel into the row and the column that follow, whose cells
+    // would be painted as well.
+    const bool updates = viewport()->updatesEnabled();
+    viewport()->setAttribute(Qt::WA_UpdatesDisabled);
     QTableWidget::dataChanged(topLeft, bottomRight, roles);
+    viewport()->setAttribute(Qt::WA_UpdatesDisabled, !updates);
     delegate->setKeepingText(false);
+    viewport()->update(delegate->cellRect(topLeft) | delegate->cellRect(bottomRight));
 }
 
 void CellTable::changeEvent(QEvent *event)
