@@ -1,7 +1,6 @@
 #include "widgets/tablecells.h"
 
 #include <QBrush>
-#include <QSharedPointer>
 #include <QTableWidget>
 #include <QVariant>
 
@@ -50,9 +49,7 @@ QuietCurrentCell::~QuietCurrentCell()
 class CellFilling::Item final : public QTableWidgetItem
 {
 public:
-    explicit Item(const CellContent &content)
-        : QTableWidgetItem(content.text),
-          madeOf(QSharedPointer<CellContent>::create(content))
+    explicit Item(const CellContent &content) : QTableWidgetItem(content.text), madeOf(content)
     {
         if (!content.accessibleText.isEmpty())
             setData(Qt::AccessibleTextRole, content.accessibleText);
@@ -77,7 +74,7 @@ public:
         QTableWidgetItem::setData(role, value);
     }
 
-    const CellContent &content() const { return *madeOf; }
+    const CellContent &content() const { return madeOf; }
 
     /// Whether who sees or hears a cell cannot tell it from a new one of this content.
     static bool shows(const QTableWidgetItem &item, const CellContent &content)
@@ -90,7 +87,7 @@ public:
     }
 
 private:
-    QSharedPointer<const CellContent> madeOf; ///< shared with its copies
+    CellContent madeOf;
     bool isUntouched = false;
 };
 
