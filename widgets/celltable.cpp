@@ -75,6 +75,7 @@ CellTable::CellTable(const QStringList &headers)
     useSlimScrollBars(*this);
     new CheckBoxClicks(this, *delegate);
     viewport()->installEventFilter(this); // after the clicks, to hear of them first
+    // Of rows that go no dataChanged() tells.
     connect(model(), &QAbstractItemModel::rowsRemoved, this, [this] {
         forgetWidths();
         if (rowCount() > 0)

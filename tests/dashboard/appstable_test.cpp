@@ -1,3 +1,4 @@
+#include "tests/support/paintings.h"
 #include "tests/support/windowfixture.h"
 
 #include <QScrollBar>
@@ -21,20 +22,19 @@ void openWithTwoApplications(WindowFixture &fixture)
 }
 
 /// Notes what a table paints.
-class PaintedCells : public QObject
+class PaintedCells
 {
 public:
-    explicit PaintedCells(QTableWidget *watched) : table(watched)
+    explicit PaintedCells(QTableWidget *watched) : table(watched), paintings(*watched->viewport())
     {
-        table->viewport()->installEventFilter(this);
         // What was to be painted before is none of it, nor what its painting then lays out.
         for (int i = 0; i < 2; ++i) {
-            region = {};
+            paintings.region = {};
             table->viewport()->update();
-            if (!QTest::qWaitFor([this] { return !region.isEmpty(); }, patience))
+            if (!QTest::qWaitFor([this] { return !paintings.region.isEmpty(); }, patience))
                 qFatal("the table is not painted");
         }
-        region = {};
+        paintings.region = {};
     }
 
     /// Rows of whose middle line some part was painted; the line between two belongs to both.
@@ -43,7 +43,7 @@ public:
         QList<int> painted;
         for (int row = 0; row < table->rowCount(); ++row) {
             const int middle = table->rowViewportPosition(row) + table->rowHeight(row) / 2;
-            if (region.intersects(QRect(0, middle, table->viewport()->width(), 1)))
+            if (paintings.region.intersects(QRect(0, middle, table->viewport()->width(), 1)))
                 painted.append(row);
         }
         return painted;
@@ -56,22 +56,15 @@ public:
         for (int column = 0; column < table->columnCount(); ++column) {
             const int middle
                 = table->columnViewportPosition(column) + table->columnWidth(column) / 2;
-            if (region.intersects(QRect(middle, 0, 1, table->viewport()->height())))
+            if (paintings.region.intersects(QRect(middle, 0, 1, table->viewport()->height())))
                 painted.append(column);
         }
         return painted;
     }
 
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint)
-            region += static_cast<QPaintEvent *>(event)->region();
-        return false;
-    }
-
 private:
     QTableWidget *table;
-    QRegion region;
+    Paintings paintings;
 };
 
 } // namespace

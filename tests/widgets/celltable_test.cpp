@@ -1,10 +1,10 @@
 #include "tests/support/celleditor.h"
+#include "tests/support/paintings.h"
 #include "tests/support/testmain.h"
 #include "widgets/celltable.h"
 #include "widgets/tablecells.h"
 
 #include <QHeaderView>
-#include <QPaintEvent>
 #include <QStyledItemDelegate>
 #include <QtTest>
 
@@ -30,23 +30,6 @@ void fill(CellTable &table, const QStringList &texts)
         }
     }
 }
-
-/// Notes which part of a widget is painted.
-class Paintings : public QObject
-{
-public:
-    explicit Paintings(QWidget &widget) { widget.installEventFilter(this); }
-
-    QRegion region;
-
-protected:
-    bool eventFilter(QObject *receiver, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint)
-            region += static_cast<QPaintEvent *>(event)->region();
-        return QObject::eventFilter(receiver, event);
-    }
-};
 
 /// Notes which cells a table paints, and where.
 class PaintedCells : public QStyledItemDelegate
