@@ -67,7 +67,7 @@ std::vector<int> keepRows(CellFilling &filling, const RulesContents &before,
     std::vector<int> places;
     for (int &row : rows) {
         const int place = row + shift;
-        if (row < 0 || place < 0 || std::cmp_greater_equal(place, rows.size()))
+        if (row < 0 || place < 0)
             row = -1;
         places.push_back(row < 0 ? -1 : place);
     }
@@ -146,10 +146,10 @@ void LumetraWindow::refreshRulesTable()
                            settings.defaultLimitKbps};
     const QScopedValueRollback filling(fillingRulesTable, true);
     const auto inUse = std::ranges::find(contents.rows, rulesTable->nameInUse(), &ListedRule::name);
-    const int shift = rulesTable->setRows(
+    rulesTable->setRows(
         static_cast<int>(std::max<qsizetype>(contents.rows.size(), 1)),
-        inUse == contents.rows.end() ? -1 : static_cast<int>(inUse - contents.rows.begin()));
-    fillRulesTable(contents, shift);
+        inUse == contents.rows.end() ? -1 : static_cast<int>(inUse - contents.rows.begin()),
+        [&](int shift) { fillRulesTable(contents, shift); });
     rulesTableContents = std::move(contents);
 }
 

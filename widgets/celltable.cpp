@@ -105,19 +105,24 @@ bool CellTable::postpone(std::function<void()> rebuild)
     return true;
 }
 
-int CellTable::setRows(int rows, int rowInUse)
+void CellTable::setRows(int rows, int rowInUse, const std::function<void(int shift)> &fill)
 {
+    const auto setFilledRows = [&](int shift) {
+        setRowCount(std::max(rows, rowCount()));
+        fill(shift);
+        setRowCount(rows);
+    };
     if (rowInUse < 0) {
         const int row = std::min(currentRow(), rows - 1);
         const int column = currentColumn();
         dropEdit();
         selectionModel()->clear();
-        setRowCount(rows);
+        setFilledRows(0);
         if (hasFocus() && row >= 0) {
             const QuietCurrentCell quietly(*this);
             setCurrentCell(row, column, QItemSelectionModel::NoUpdate);
         }
-        return 0;
+        return;
     }
 
     const bool wasInView = isInView(currentIndex());
@@ -127,7 +132,7 @@ int CellTable::setRows(int rows, int rowInUse)
         model()->insertRows(0, shift);
     else if (shift < 0)
         model()->removeRows(0, -shift);
-    setRowCount(rows);
+    setFilledRows(shift);
 
     const QModelIndex cell = currentIndex();
     selectionModel()->select(cell,
@@ -136,7 +141,6 @@ int CellTable::setRows(int rows, int rowInUse)
                                  : QItemSelectionModel::Clear);
     if (wasInView && !isInView(cell))
         scrollTo(cell);
-    return shift;
 }
 
 void CellTable::dropEdit()

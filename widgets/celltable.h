@@ -34,11 +34,13 @@ public:
     /// be cut: an input method composes in it, or a mouse button is held down. Returns whether it
     /// did; then `rebuild` is called once that has ended, the last one only.
     bool postpone(std::function<void()> rebuild);
-    /// Gives the table this many rows, whose cells are to be filled anew. The row in use becomes
+    /// Gives the table this many rows, whose cells `fill` fills anew. The row in use becomes
     /// `rowInUse`, an open editor moving along as it is; nothing else stays current or selected.
     /// Where `rowInUse` is negative, what the user is at is dropped, and the keyboard goes on from
-    /// the row that is where the user was. Returns by how many rows the cells have moved down.
-    int setRows(int rows, int rowInUse);
+    /// the row that is where the user was. `fill` is told by how many rows the cells have moved
+    /// down. Rows that are too many are still there then, the last ones, so that their cells can
+    /// move into those that stay.
+    void setRows(int rows, int rowInUse, const std::function<void(int shift)> &fill);
     /// Closes an open editor, as Escape does: nothing is written. Nor does what the user goes on
     /// typing count, until a key or a click that is meant for the table or a pause of a second.
     void dropEdit();

@@ -152,29 +152,33 @@ void CellFilling::clear(int row, int column)
 
 void CellFilling::moveRows(const std::vector<int> &from)
 {
-    Q_ASSERT(std::cmp_equal(from.size(), table.rowCount()));
-    const auto columns = static_cast<std::size_t>(table.columnCount());
+    const int rows = static_cast<int>(from.size());
+    Q_ASSERT(rows <= table.rowCount());
+    const int columns = table.columnCount();
     const auto cell = [columns](int row, int column) {
-        return static_cast<std::size_t>(row) * columns + static_cast<std::size_t>(column);
+        return static_cast<std::size_t>(row) * static_cast<std::size_t>(columns)
+            + static_cast<std::size_t>(column);
     };
     std::vector<int> moving;
-    for (int row = 0; row < table.rowCount(); ++row) {
+    for (int row = 0; row < rows; ++row) {
         if (from[static_cast<std::size_t>(row)] != row)
             moving.push_back(row);
     }
     if (moving.empty())
         return;
 
-    std::vector<std::unique_ptr<QTableWidgetItem>> taken(from.size() * columns);
+    std::vector<std::unique_ptr<QTableWidgetItem>> taken(cell(rows, 0));
     for (const int row : moving) {
-        for (int column = 0; column < table.columnCount(); ++column)
+        for (int column = 0; column < columns; ++column)
             taken[cell(row, column)].reset(table.takeItem(row, column));
     }
     for (const int row : moving) {
         const int source = from[static_cast<std::size_t>(row)];
-        for (int column = 0; column < table.columnCount() && source >= 0; ++column) {
-            if (taken[cell(source, column)])
-                table.setItem(row, column, taken[cell(source, column)].release());
+        for (int column = 0; column < columns && source >= 0; ++column) {
+            QTableWidgetItem *item = source < rows ? taken[cell(source, column)].release()
+                                                   : table.takeItem(source, column);
+            if (item)
+                table.setItem(row, column, item);
         }
     }
     note({moving.front(), moving.back(), 0, table.columnCount() - 1});

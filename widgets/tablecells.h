@@ -63,8 +63,9 @@ public:
     void set(int row, int column, const CellContent &content);
     /// Leaves nothing in a cell.
     void clear(int row, int column);
-    /// Gives each row the cells of another one, which may be itself: row i those of row `from[i]`,
-    /// or none where that is negative. No row may be taken twice; what no row takes is gone.
+    /// Gives each of the first rows the cells of another one, which may be itself: row i those of
+    /// row `from[i]`, or none where that is negative. No row may be taken twice. What no row takes
+    /// is gone; rows that `from` does not reach keep it, and say nothing of what was taken.
     void moveRows(const std::vector<int> &from);
 
 private:

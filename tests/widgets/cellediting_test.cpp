@@ -236,15 +236,17 @@ private:
     {
         const QSignalBlocker quietly(table.get());
         const std::optional<QString> inUse = table->nameInUse();
+        const auto fill = [&](int) {
+            CellFilling filling(*table);
+            for (int row = 0; row < names.size(); ++row) {
+                filling.set(row, Name, {names.at(row)});
+                filling.set(row, Text, {text});
+                filling.set(row, Box, {.checked = false});
+                filling.set(row, Number, {QString::number(row)});
+            }
+        };
         table->setRows(static_cast<int>(names.size()),
-                       inUse ? static_cast<int>(names.indexOf(*inUse)) : -1);
-        CellFilling filling(*table);
-        for (int row = 0; row < table->rowCount(); ++row) {
-            filling.set(row, Name, {names.at(row)});
-            filling.set(row, Text, {text});
-            filling.set(row, Box, {.checked = false});
-            filling.set(row, Number, {QString::number(row)});
-        }
+                       inUse ? static_cast<int>(names.indexOf(*inUse)) : -1, fill);
     }
 
     void rebuildUponEdits(const QStringList &names)

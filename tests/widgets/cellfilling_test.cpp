@@ -215,6 +215,18 @@ private Q_SLOTS:
         QCOMPARE(cells(changed).back(), QPoint(columns - 1, 4));
     }
 
+    void rowsMoveUpFromThoseThatAreToGo()
+    {
+        for (int row = 0; row < rowCount; ++row)
+            table->item(row, 1)->setText(QString::number(row));
+        CellFilling(*table).moveRows({1, 3, 4});
+
+        QStringList texts;
+        for (int row = 0; row < rowCount; ++row)
+            texts.append(table->item(row, 1) ? table->item(row, 1)->text() : u"-"_s);
+        QCOMPARE(texts, QStringList({u"1"_s, u"3"_s, u"4"_s, u"-"_s, u"-"_s, u"5"_s}));
+    }
+
     void rowsThatStayAreNotSaid()
     {
         const QSignalSpy changed(table->model(), &QAbstractItemModel::dataChanged);
