@@ -79,7 +79,7 @@ CellTable::CellTable(const QStringList &headers)
     connect(model(), &QAbstractItemModel::rowsRemoved, this, [this] {
         forgetWidths();
         if (rowCount() > 0)
-            header->followContents();
+            followContents();
     });
 }
 
@@ -214,11 +214,12 @@ void CellTable::dataChanged(const QModelIndex &topLeft, const QModelIndex &botto
     for (int column = topLeft.column(); column <= bottomRight.column(); ++column) {
         const std::optional<int> before
             = std::exchange(widths.at(static_cast<std::size_t>(column)), std::nullopt);
+        // In a hidden table measuring takes longer than all else that is done here.
         if (header->sectionResizeMode(column) == QHeaderView::ResizeToContents)
-            isAsWide = isAsWide && before && sizeHintForColumn(column) == before;
+            isAsWide = isAsWide && isVisible() && before && sizeHintForColumn(column) == before;
     }
     if (!isAsWide)
-        header->followContents();
+        followContents();
     delegate->setKeepingText(true);
     // The toolkit's rectangle reaches a pixel into the row and the column that follow, whose cells
     // would be painted as well.
@@ -227,7 +228,8 @@ void CellTable::dataChanged(const QModelIndex &topLeft, const QModelIndex &botto
     QTableWidget::dataChanged(topLeft, bottomRight, roles);
     viewport()->setAttribute(Qt::WA_UpdatesDisabled, !updates);
     delegate->setKeepingText(false);
-    viewport()->update(delegate->cellRect(topLeft) | delegate->cellRect(bottomRight));
+    if (isVisible())
+        viewport()->update(delegate->cellRect(topLeft) | delegate->cellRect(bottomRight));
 }
 
 void CellTable::changeEvent(QEvent *event)
@@ -321,4 +323,10 @@ QItemSelectionModel::SelectionFlags CellTable::selectionCommand(const QModelInde
 void CellTable::forgetWidths()
 {
     std::ranges::fill(widths, std::nullopt);
+}
+
+void CellTable::followContents()
+{
+    if (isVisible())
+        header->followContents();
 }

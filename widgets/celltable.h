@@ -74,6 +74,9 @@ private:
     bool isAtEndOfRow(bool next) const;
     void noteUseOfEditor(const QEvent &event);
     void forgetWidths();
+    /// Has the columns of a visible table follow their contents. Nobody sees how wide those of a
+    /// hidden one are, and the toolkit lays them out before it paints what is shown again.
+    void followContents();
 
     mutable std::vector<std::optional<int>> widths; ///< column by column
     bool isComposing = false;

@@ -45,6 +45,7 @@ public:
     {
         own->paint(painter, option, index);
         cells[{index.row(), index.column()}] = option.rect;
+        firstWidths.try_emplace(index.column(), option.rect.width());
     }
 
     QSize sizeHint(const QStyleOptionViewItem &option, const QModelIndex &index) const override
@@ -53,6 +54,7 @@ public:
     }
 
     mutable std::map<std::pair<int, int>, QRect> cells;
+    mutable std::map<int, int> firstWidths; ///< of columns, at their first painting
 
 private:
     QAbstractItemDelegate *own;
@@ -108,6 +110,33 @@ private Q_SLOTS:
     {
         table->clearContents();
         awaitWidthOf({});
+    }
+
+    void columnsOfAHiddenTableFollowWhenItIsShown()
+    {
+        const QStringList longer{u"a"_s, u"a text that is longer than before"_s};
+        table->hide();
+        fill(*table, longer);
+        table->show();
+        awaitWidthOf(longer);
+
+        table->hide();
+        fill(*table, {u"a"_s});
+        table->show();
+        awaitWidthOf({u"a"_s});
+    }
+
+    void whatAHiddenTableShowsIsPaintedAtOnceWithTheRightWidths()
+    {
+        const QStringList longer{u"a"_s, u"a text that is longer than before"_s};
+        const int width = widthOf(longer);
+        awaitPainting();
+        table->hide();
+        fill(*table, longer);
+        PaintedCells painted(*table);
+        table->show();
+        QTRY_VERIFY(!painted.cells.empty());
+        QCOMPARE(painted.firstWidths.at(changingColumn), width - (table->showGrid() ? 1 : 0));
     }
 
     void aColumnFollowsTheFont()
