@@ -13,6 +13,18 @@ struct RulesFilter
 {
     QString mode; ///< "All", "Blocked" or "Limited"; any other word shows nothing
     QString text; ///< part of the name in any letter case; empty for every name
+
+    bool operator==(const RulesFilter &) const = default;
+};
+
+/// What the Rules Manager's list is made of.
+struct RulesSources
+{
+    QList<AppSample> samples;
+    RuleMap rules;
+    RulesFilter filter;
+
+    bool operator==(const RulesSources &) const = default;
 };
 
 /// One application of the Rules Manager's table.
@@ -28,10 +40,9 @@ struct ListedRule
 /// All that the table's cells are made of.
 struct RulesContents
 {
-    QList<ListedRule> rows;
+    RulesSources sources;
+    QList<ListedRule> rows; ///< what the sources list
     int defaultLimitKbps = 0; ///< stands in for limits that were never chosen
-
-    bool operator==(const RulesContents &) const = default;
 };
 
 /// All applications that were sampled or have a rule and pass the filter, by lower-cased name.

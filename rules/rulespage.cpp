@@ -142,8 +142,11 @@ void LumetraWindow::refreshRulesTable()
 {
     if (!rulesTable || rulesTable->postpone([this] { refreshRulesTable(); }))
         return;
-    RulesContents contents{listedRules(samples, rules, {rulesFilterMode, rulesFilterText}),
-                           settings.defaultLimitKbps};
+    RulesContents contents{
+        {samples, rules, {rulesFilterMode, rulesFilterText}}, {}, settings.defaultLimitKbps};
+    contents.rows = rulesTableContents && rulesTableContents->sources == contents.sources
+        ? rulesTableContents->rows
+        : listedRules(samples, rules, contents.sources.filter);
     const QScopedValueRollback filling(fillingRulesTable, true);
     const auto inUse = std::ranges::find(contents.rows, rulesTable->nameInUse(), &ListedRule::name);
     rulesTable->setRows(
