@@ -17,7 +17,6 @@
 #include <chrono>
 #include <memory>
 #include <optional>
-#include <set>
 
 class Announcer;
 class ApplicationIcons;
@@ -96,7 +95,7 @@ private:
     TrafficCounters traffic;
     InterfaceList interfaces; ///< interfaces counted at the last read
     QList<AppSample> samples; ///< snapshot of the last tick
-    std::set<QString> knownAppNames; ///< names of the previous tick
+    QStringList knownAppNames; ///< names of the previous tick, sorted
     bool knownAppNamesReady = false;
 
     // settings/ -------------------------------------------------------------------------------

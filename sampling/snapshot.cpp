@@ -1,32 +1,50 @@
 #include "sampling/appsample.h"
 #include "sampling/systemqueries.h"
 
-#include <QFileInfo>
+#include <QDir>
 
 #include <algorithm>
-#include <map>
+#include <unordered_map>
 #include <vector>
 
 using namespace Qt::StringLiterals;
 
 namespace {
 
-/// Processes by id, so that each is asked for its path once and in ascending order.
-using ProcessMap = std::map<quint32, AppSample>;
+struct Sockets
+{
+    qint32 tcp = 0;
+    qint32 udp = 0;
+};
+using SocketsByPid = std::unordered_map<quint32, Sockets>;
 
 template <typename Row>
-void countSockets(ProcessMap &processes, const std::optional<std::vector<Row>> &table,
-                  qint32 AppSample::*count)
+void countSockets(SocketsByPid &processes, const std::optional<std::vector<Row>> &table,
+                  qint32 Sockets::*count)
 {
     if (!table)
         return;
     for (const Row &row : *table) {
-        if (row.pid == 0)
-            continue;
-        AppSample &sample = processes[row.pid];
-        sample.pid = row.pid;
-        ++(sample.*count);
+        if (row.pid != 0)
+            ++(processes[row.pid].*count);
     }
+}
+
+/// The processes in the order of their ids, still without path and name.
+QList<AppSample> samplesOf(const SocketsByPid &processes)
+{
+    QList<AppSample> samples;
+    samples.reserve(static_cast<qsizetype>(processes.size()));
+    for (const auto &[pid, sockets] : processes)
+        samples.append({{}, {}, pid, sockets.tcp, sockets.udp});
+    std::ranges::sort(samples, {}, &AppSample::pid);
+    return samples;
+}
+
+QString fileName(const QString &path)
+{
+    const QString parts = QDir::fromNativeSeparators(path);
+    return parts.sliced(parts.lastIndexOf(u'/') + 1);
 }
 
 QString nameWithoutPath(SystemQueries &queries, quint32 pid)
@@ -35,7 +53,7 @@ QString nameWithoutPath(SystemQueries &queries, quint32 pid)
     // name while the path stays unknown for this tick.
     const QString path = imagePathForPid(queries, pid);
     if (!path.isEmpty())
-        return QFileInfo(path).fileName();
+        return fileName(path);
     if (const auto name = queries.processListName(pid))
         return QString::fromStdString(*name);
     return u"PID %1"_s.arg(pid);
@@ -70,17 +88,15 @@ QList<AppSample> sorted(QList<AppSample> samples)
 
 QList<AppSample> takeSnapshot(SystemQueries &queries)
 {
-    ProcessMap processes;
-    countSockets(processes, queries.tcpTable(), &AppSample::tcp);
-    countSockets(processes, queries.udpTable(), &AppSample::udp);
+    SocketsByPid processes;
+    countSockets(processes, queries.tcpTable(), &Sockets::tcp);
+    countSockets(processes, queries.udpTable(), &Sockets::udp);
 
-    QList<AppSample> samples;
-    samples.reserve(static_cast<qsizetype>(processes.size()));
-    for (auto &[pid, sample] : processes) {
-        sample.path = imagePathForPid(queries, pid);
-        sample.name = sample.path.isEmpty() ? nameWithoutPath(queries, pid)
-                                            : QFileInfo(sample.path).fileName();
-        samples.append(std::move(sample));
+    QList<AppSample> samples = samplesOf(processes);
+    for (AppSample &sample : samples) {
+        sample.path = imagePathForPid(queries, sample.pid);
+        sample.name
+            = sample.path.isEmpty() ? nameWithoutPath(queries, sample.pid) : fileName(sample.path);
     }
     return sorted(std::move(samples));
 }

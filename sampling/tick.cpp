@@ -30,16 +30,20 @@ void LumetraWindow::tick()
 
 void LumetraWindow::detectNewApps()
 {
-    std::set<QString> names;
+    QStringList names;
+    names.reserve(samples.size());
     for (const AppSample &sample : std::as_const(samples)) {
         if (!sample.name.isEmpty())
-            names.insert(sample.name);
+            names.append(sample.name);
     }
+    std::ranges::sort(names);
 
     if (knownAppNamesReady) {
-        const auto isNew = [this](const QString &name) { return !knownAppNames.contains(name); };
-        const auto found = std::ranges::find_if(names, isNew);
-        if (found != names.end())
+        const auto isNew = [this](const QString &name) {
+            return !std::ranges::binary_search(knownAppNames, name);
+        };
+        const auto found = std::ranges::find_if(std::as_const(names), isNew);
+        if (found != names.cend())
             showToast("New network app: "_L1 + displayedName(*found));
     }
     knownAppNames = std::move(names);

@@ -172,6 +172,14 @@ std::optional<std::uint32_t> ProcessDirectory::socketAt(std::uint32_t pid, std::
     return socketInode(m_directory.get(), path.data());
 }
 
+std::optional<std::uint32_t> ProcessDirectory::socketAt(const FileDescriptor &folder,
+                                                        std::uint32_t descriptor)
+{
+    PathBuffer path;
+    std::snprintf(path.data(), path.size(), "%u", descriptor);
+    return socketInode(folder.get(), path.data());
+}
+
 ProcessDirectory::Access
 ProcessDirectory::forEachSocket(std::uint32_t pid, const std::function<bool(std::uint32_t)> &wanted,
                                 const std::function<void(std::uint32_t, std::uint32_t)> &socket)

@@ -45,6 +45,9 @@ public:
     /// Inode of the socket behind a process's descriptor; no value when it is no socket, not open
     /// or may not be seen.
     std::optional<std::uint32_t> socketAt(std::uint32_t pid, std::uint32_t descriptor);
+    /// The same of the process whose descriptor folder is held open.
+    static std::optional<std::uint32_t> socketAt(const FileDescriptor &folder,
+                                                 std::uint32_t descriptor);
 
     /// How the reading of a process's files ended.
     enum class Access {

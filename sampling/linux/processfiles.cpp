@@ -12,7 +12,13 @@ namespace {
 /// The link at a path below a folder, or without a path the link that is open itself.
 std::string readLink(int descriptor, const char *path)
 {
-    std::string target(512, '\0');
+    std::array<char, 512> usual;
+    const ssize_t usualLength = ::readlinkat(descriptor, path, usual.data(), usual.size());
+    if (usualLength < 0)
+        return {};
+    if (static_cast<std::size_t>(usualLength) < usual.size())
+        return {usual.data(), static_cast<std::size_t>(usualLength)};
+    std::string target(2 * usual.size(), '\0');
     while (true) {
         const ssize_t length = ::readlinkat(descriptor, path, target.data(), target.size());
         if (length < 0)
@@ -42,12 +48,11 @@ bool isSameFile(const std::string &path, const std::string &otherPath)
 std::string ProcessFiles::imagePath(std::uint32_t pid, const FileDescriptor *heldLink) const
 {
     constexpr std::string_view deletedSuffix = " (deleted)";
-    const std::string link = pathOf(pid, "exe");
     std::string path = heldLink ? readLink(heldLink->get(), "") : std::string();
     if (path.empty()) // nothing is held, or the process has ended and its id may be another's
-        path = readLink(AT_FDCWD, link.c_str());
+        path = readLink(AT_FDCWD, pathOf(pid, "exe").c_str());
     // The kernel marks an executable whose file is gone; a file may as well be named like that.
-    if (path.ends_with(deletedSuffix) && !isSameFile(link, path))
+    if (path.ends_with(deletedSuffix) && !isSameFile(pathOf(pid, "exe"), path))
         path.resize(path.size() - deletedSuffix.size());
     return path;
 }

@@ -140,7 +140,11 @@ bool SocketOwners::holdsStill(const RememberedSocket &socket, const OwnerProcess
         --m_recheckBudget;
         due = true;
     }
-    return !due || m_directory.socketAt(owner.pid, socket.descriptor) == socket.inode;
+    if (!due)
+        return true;
+    const auto held = owner.folder ? ProcessDirectory::socketAt(owner.folder, socket.descriptor)
+                                   : m_directory.socketAt(owner.pid, socket.descriptor);
+    return held == socket.inode;
 }
 
 bool SocketOwners::isWorthSearching(const SocketRow &socket) const
