@@ -4,7 +4,6 @@
 #include "tests/support/testmain.h"
 
 #include <arpa/inet.h>
-#include <fcntl.h>
 #include <linux/filter.h>
 #include <linux/seccomp.h>
 #include <sys/prctl.h>
@@ -14,17 +13,14 @@
 
 #include <QtTest>
 
+#include <csignal>
 #include <cstddef>
 
 namespace {
 
-/// The descriptor that the next file gets: as a limit it lets the process open no more, nor use the
-/// gaps below.
-rlim_t nextDescriptor()
-{
-    const FileDescriptor next(::open("/dev/null", O_RDONLY | O_CLOEXEC));
-    return static_cast<rlim_t>(next.get());
-}
+/// As a limit it lets the process open no more files, whatever it closes meanwhile: those that it
+/// began with have all descriptors below.
+constexpr rlim_t standardFiles = STDERR_FILENO + 1;
 
 quint32 ownerAt(const std::vector<TcpRow> &table, quint16 port)
 {
@@ -64,7 +60,7 @@ private Q_SLOTS:
         const FileDescriptor listener = listenTcp(SocketKind::IPv4);
         LinuxSystemQueries queries;
         {
-            const DescriptorLimit limit(nextDescriptor());
+            const DescriptorLimit limit(standardFiles);
             QVERIFY(!queries.interfaceTable());
             QVERIFY(!queries.tcpTable());
             QVERIFY(!queries.udpTable());
@@ -87,7 +83,7 @@ private Q_SLOTS:
         QVERIFY(queries.interfaceTable());
         QVERIFY(queries.tcpTable());
         {
-            const DescriptorLimit limit(nextDescriptor());
+            const DescriptorLimit limit(standardFiles);
             QVERIFY(queries.interfaceTable());
             QVERIFY(queries.tcpTable());
         }
@@ -97,11 +93,17 @@ private Q_SLOTS:
     void aSocketFirstSeenWithoutFreeDescriptorsGetsItsOwnerOnTheNextTick()
     {
         Agent agent;
+        Agent ending;
+        ending.listenTcp();
         LinuxSystemQueries queries;
         QVERIFY(queries.tcpTable());
         const AgentReply listener = agent.listenTcp();
+        // What is held open of this one is closed at the next table.
+        QCOMPARE(::kill(static_cast<pid_t>(ending.pid()), SIGKILL), 0);
+        QCOMPARE(::waitpid(static_cast<pid_t>(ending.pid()), nullptr, 0),
+                 static_cast<pid_t>(ending.pid()));
         {
-            const DescriptorLimit limit(nextDescriptor());
+            const DescriptorLimit limit(standardFiles);
             const auto table = queries.tcpTable();
             QVERIFY(table);
             QCOMPARE(ownerAt(*table, listener.port), 0U);
