@@ -5,6 +5,7 @@
 #include "fuzz/alignedcopy.h"
 #include "fuzz/kernelreplies.h"
 #include "fuzz/require.h"
+#include "sampling/linux/netlinkdata.h"
 #include "sampling/linux/netlinksocket.h"
 
 #include <linux/netlink.h>

@@ -1,5 +1,6 @@
 #include "sampling/linux/interfacetable.h"
 
+#include "sampling/linux/netlinkdata.h"
 #include "sampling/linux/netlinksocket.h"
 
 #include <linux/if.h>
@@ -9,7 +10,7 @@
 
 #include <algorithm>
 #include <cstring>
-#include <set>
+#include <string_view>
 
 namespace {
 
@@ -26,11 +27,32 @@ bool isUp(std::uint8_t operationalState, unsigned flags)
 /// Attribute text up to its terminating null byte.
 std::string textOf(std::span<const std::byte> value)
 {
-    const auto end = std::ranges::find(value, std::byte{0});
-    std::string text(static_cast<std::size_t>(end - value.begin()), '\0');
-    std::memcpy(text.data(), value.data(), text.size());
-    return text;
+    const std::string_view text(reinterpret_cast<const char *>(value.data()), value.size());
+    return std::string(text.substr(0, text.find('\0')));
 }
+
+/// Numbers that were seen, which mostly come in ascending order.
+class SeenIndices
+{
+public:
+    /// Returns whether the index is new.
+    bool add(int index)
+    {
+        if (m_sorted.empty() || m_sorted.back() < index) {
+            m_sorted.push_back(index);
+            return true;
+        }
+        const auto place = std::ranges::lower_bound(m_sorted, index);
+        if (*place == index)
+            return false;
+        m_sorted.insert(place, index);
+        return true;
+    }
+    void clear() { m_sorted.clear(); }
+
+private:
+    std::vector<int> m_sorted;
+};
 
 std::optional<ifinfomsg> linkOf(const NetlinkMessage &message)
 {
@@ -83,7 +105,7 @@ std::optional<std::vector<InterfaceRow>> dumpInterfaces(NetlinkSocket &socket)
     ifinfomsg request{};
     request.ifi_family = AF_UNSPEC;
     std::vector<InterfaceRow> rows;
-    std::set<int> indices; // a list that changes meanwhile may have an interface twice
+    SeenIndices indices; // a list that changes meanwhile may have an interface twice
     const auto restart = [&] {
         rows.clear();
         indices.clear();
@@ -91,7 +113,7 @@ std::optional<std::vector<InterfaceRow>> dumpInterfaces(NetlinkSocket &socket)
     const bool complete = socket.dump(RTM_GETLINK, std::as_bytes(std::span(&request, 1)), restart,
                                       [&](const NetlinkMessage &message) {
                                           const auto link = linkOf(message);
-                                          if (link && indices.insert(link->ifi_index).second)
+                                          if (link && indices.add(link->ifi_index))
                                               rows.push_back(rowOf(*link, message));
                                       });
     if (!complete)

@@ -1,5 +1,7 @@
 #include "sampling/linux/netlinksocket.h"
 
+#include "sampling/linux/netlinkdata.h"
+
 #include <linux/netlink.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -15,18 +17,6 @@ constexpr std::size_t initialBufferSize = 32UL * 1024;
 constexpr std::size_t largestBufferSize = 4UL * 1024 * 1024;
 // A list that changes during every one of so many dumps is taken as the last one has it.
 constexpr int dumpAttempts = 5;
-
-constexpr std::size_t aligned(std::size_t size)
-{
-    return (size + NLMSG_ALIGNTO - 1) & ~std::size_t{NLMSG_ALIGNTO - 1};
-}
-
-template <typename T> T readAs(std::span<const std::byte> bytes)
-{
-    T value;
-    std::memcpy(&value, bytes.data(), sizeof value);
-    return value;
-}
 
 /// Receives one datagram. Returns its real length, which is beyond the buffer's when it was cut
 /// off; 0 when nothing can be received. `fromKernel` tells who sent it.
@@ -80,7 +70,7 @@ DumpEnd receiveDump(int descriptor, std::uint32_t sequence, std::uint32_t port,
             if (header.nlmsg_len < sizeof(nlmsghdr) || header.nlmsg_len > rest.size())
                 return DumpEnd::Failed;
             const auto payload = rest.first(header.nlmsg_len).subspan(sizeof(nlmsghdr));
-            rest = rest.subspan(std::min(aligned(header.nlmsg_len), rest.size()));
+            rest = rest.subspan(std::min(netlinkAligned(header.nlmsg_len), rest.size()));
             if (header.nlmsg_seq != sequence || header.nlmsg_pid != port)
                 continue;
             if ((header.nlmsg_flags & NLM_F_DUMP_INTR) != 0)
@@ -180,18 +170,4 @@ bool NetlinkSocket::request(std::uint16_t type, std::span<const std::byte> body)
         sent = ::send(m_socket.get(), request.data(), request.size(), MSG_NOSIGNAL);
     } while (sent < 0 && errno == EINTR);
     return sent == static_cast<ssize_t>(request.size());
-}
-
-void forEachAttribute(
-    std::span<const std::byte> attributes,
-    const std::function<void(std::uint16_t type, std::span<const std::byte> value)> &handle)
-{
-    while (attributes.size() >= sizeof(nlattr)) {
-        const auto header = readAs<nlattr>(attributes);
-        if (header.nla_len < sizeof(nlattr) || header.nla_len > attributes.size())
-            return;
-        handle(header.nla_type & NLA_TYPE_MASK,
-               attributes.first(header.nla_len).subspan(sizeof(nlattr)));
-        attributes = attributes.subspan(std::min(aligned(header.nla_len), attributes.size()));
-    }
 }

@@ -61,9 +61,3 @@ private:
     std::uint32_t m_sequence = 0;
     std::vector<std::byte> m_buffer;
 };
-
-/// Calls `handle` with the type (nla_type, without flags) and the value of each attribute in
-/// `attributes`, up to the first that is malformed.
-void forEachAttribute(
-    std::span<const std::byte> attributes,
-    const std::function<void(std::uint16_t type, std::span<const std::byte> value)> &handle);

@@ -1,3 +1,4 @@
+#include "sampling/linux/netlinkdata.h"
 #include "sampling/linux/netlinksocket.h"
 #include "tests/sampling/linux/support/fakekernel.h"
 #include "tests/support/testmain.h"
